@@ -1,0 +1,6 @@
+#pragma once
+
+/*!
+ * Marks what the camera library and its Qt add-on export; both are built with hidden visibility.
+ */
+#define OCELLE_EXPORT __attribute__((visibility("default")))

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <palaver/qpvglobal.h>
+
+#include <QMediaControl>
+#include <QVideoRendererControl>
+
+/*!
+ * Offers a service's raw pictures to a second video surface, beside the one of the service's own
+ * renderer control.
+ */
+class PALAVER_EXPORT QPVRawVideoSourceControl : public QVideoRendererControl
+{
+    Q_OBJECT
+public:
+    ~QPVRawVideoSourceControl();
+
+protected:
+    explicit QPVRawVideoSourceControl(QObject *parent = nullptr);
+};
+
+#define QPVRawVideoSourceControl_iid "veltra.palaver.rawvideosourcecontrol/1.0"
+Q_MEDIA_DECLARE_CONTROL(QPVRawVideoSourceControl, QPVRawVideoSourceControl_iid)
