@@ -1,0 +1,3 @@
+#include <palaver/qpvmediaservicecodecinfointerface.h>
+
+QPVMediaServiceCodecInfoInterface::~QPVMediaServiceCodecInfoInterface() = default;

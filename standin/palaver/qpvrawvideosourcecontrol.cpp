@@ -1,0 +1,13 @@
+#include <QMetaType>
+#include <QVideoSurfaceFormat>
+
+#include <palaver/qpvrawvideosourcecontrol.h>
+
+QPVRawVideoSourceControl::QPVRawVideoSourceControl(QObject *parent)
+    : QVideoRendererControl(parent)
+{
+    // A surface's surfaceFormatChanged() may cross threads, queued.
+    qRegisterMetaType<QVideoSurfaceFormat>();
+}
+
+QPVRawVideoSourceControl::~QPVRawVideoSourceControl() = default;
