@@ -23,9 +23,9 @@ enum class CameraFacing : std::int32_t {
 /*! Describes one camera; a value-initialised record stands for a missing one. */
 struct CameraInfo
 {
-    std::string id;      // stable id, handed back to openCamera()
-    std::string name;    // for people, UTF-8
-    std::string extra1;  // the library's own
+    std::string id;     // stable id, handed back to openCamera()
+    std::string name;   // for people, UTF-8
+    std::string extra1; // the library's own
     CameraFacing facing;
     std::int32_t mountAngle; // of the sensor, degrees
     std::string extra2;      // the library's own

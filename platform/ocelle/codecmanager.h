@@ -32,7 +32,7 @@ enum class FrameType : std::int32_t {
 struct VideoCodecInfo
 {
     CodecType type;
-    bool isEncoder; // else a decoder
+    bool isEncoder;        // else a decoder
     std::string codecName; // id
     std::int32_t reserved;
     std::int32_t maxInstances; // how many may run at once

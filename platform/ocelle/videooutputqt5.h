@@ -1,12 +1,12 @@
 #pragma once
 
+#include <QObject>
+#include <QRect>
+
 #include <ocelle/frames.h>
 #include <ocelle/global.h>
 
 #include <memory>
-
-#include <QObject>
-#include <QRect>
 
 class QAbstractVideoSurface;
 

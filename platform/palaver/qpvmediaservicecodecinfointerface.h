@@ -1,10 +1,10 @@
 #pragma once
 
-#include <palaver/qpvglobal.h>
-
 #include <QByteArray>
 #include <QString>
 #include <QtPlugin>
+
+#include <palaver/qpvglobal.h>
 
 /*!
  * Tells the properties of a service provider's codecs, named by their id.

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <palaver/qpvglobal.h>
-
 #include <QMediaControl>
 #include <QVideoRendererControl>
+
+#include <palaver/qpvglobal.h>
 
 /*!
  * Offers a service's raw pictures to a second video surface, beside the one of the service's own

@@ -28,11 +28,11 @@ public:
     std::int32_t width = 0;  // pixels
     std::int32_t height = 0; // lines
     PixelFormat format = PixelFormat::YU12;
-    std::int32_t planeCount = 0;         // YU12: Y, Cb, Cr; NV12 and NV21: Y, chroma
-    std::array<Plane, 3> planes {};      // the first planeCount are valid
-    std::int64_t timestamp = 0;          // capture time, microseconds of CLOCK_MONOTONIC
-    std::uint64_t sequence = 0;          // counts every picture of the source, dropped ones included
-    bool live = false;                   // of a camera: only the newest picture is worth showing
+    std::int32_t planeCount = 0;    // YU12: Y, Cb, Cr; NV12 and NV21: Y, chroma
+    std::array<Plane, 3> planes {}; // the first planeCount are valid
+    std::int64_t timestamp = 0;     // capture time, microseconds of CLOCK_MONOTONIC
+    std::uint64_t sequence = 0;     // counts every picture of the source, dropped ones included
+    bool live = false;              // of a camera: only the newest picture is worth showing
 };
 
 } // namespace Ocelle
