@@ -1,0 +1,3 @@
+#include "ocellecapturelog.h"
+
+Q_LOGGING_CATEGORY(qLcCapture, "veltra.palaver.capture")

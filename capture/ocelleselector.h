@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QVideoDeviceSelectorControl>
+
+class OcelleProvider;
+
+/*!
+ * Presents the cameras as indexed devices, remembers the selected one by its id and falls back to
+ * the default camera when it is gone.
+ *
+ * Threads: application thread; the provider's changes from elsewhere arrive queued.
+ * Owner:   OcelleCaptureService.
+ * Errors:  an index past the end has a null name and description; indices below -1 are not given.
+ */
+class OcelleSelector : public QVideoDeviceSelectorControl
+{
+    Q_OBJECT
+public:
+    OcelleSelector(OcelleProvider *provider, QObject *parent);
+
+    int deviceCount() const override;
+    QString deviceName(int index) const override; // the id
+    QString deviceDescription(int index) const override;
+    int defaultDevice() const override;
+    int selectedDevice() const override; // -1 when the selected camera is gone
+
+    QByteArray getCameraIdByIndex(int index) const;     // null where there is none
+    int getCameraIndexById(const QByteArray &id) const; // -1 where there is none
+
+    void updateDefaultCamera();
+    void updateCameraList();
+
+public slots:
+    void setSelectedDevice(int index) override;
+    void onDevicesChanged(const QByteArray &service);
+
+private:
+    OcelleProvider *const m_provider; // not owned
+    QByteArray m_selectedId;
+};
