@@ -1,0 +1,10 @@
+#pragma once
+
+#include <palaver/qpvglobal.h>
+
+/*! Something that a QPVSource can feed. */
+class PALAVER_EXPORT QPVSink
+{
+public:
+    virtual ~QPVSink();
+};
