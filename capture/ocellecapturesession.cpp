@@ -6,10 +6,8 @@
 #include "ocelleprovider.h"
 #include "ocellevideooutput.h"
 
-#include <QCoreApplication>
 #include <QMutexLocker>
 #include <QPointer>
-#include <QThread>
 
 namespace {
 
@@ -53,18 +51,17 @@ QCameraViewfinderSettings firstAnswer(const QList<QCameraViewfinderSettings> &of
 OcelleCaptureSession::OcelleCaptureSession(OcelleProvider *provider, QObject *parent)
     : OcelleVideoSession(parent)
     , m_captureControl(new OcelleCaptureControl(this))
-    , m_statusRelay([this](int status) { onStatusChanged(QCamera::Status(status)); })
-    , m_workerThread(new QThread)
+    , m_workerThread(new OcelleWorkerThread(
+              QStringLiteral("CaptureWorker"),
+              [this](int status) { onStatusChanged(QCamera::Status(status)); }))
     , m_worker(new OcelleCaptureWorker(this, provider->cameraManager()))
 {
     qRegisterMetaType<QCamera::Status>("QCamera::Status");
-    m_worker->moveToThread(m_workerThread);
     connect(
-            m_worker, &OcelleCaptureWorker::statusChanged, &m_statusRelay,
-            [this](QCamera::Status status) { m_statusRelay.deliver(status); },
+            m_worker, &OcelleCaptureWorker::statusChanged, this,
+            [this](QCamera::Status status) { m_workerThread->deliverStatus(status); },
             Qt::DirectConnection);
-    m_workerThread->setObjectName(QStringLiteral("CaptureWorker"));
-    m_workerThread->start(QThread::InheritPriority);
+    m_workerThread->start(m_worker);
 }
 
 OcelleCaptureSession::~OcelleCaptureSession()
@@ -132,13 +129,8 @@ void OcelleCaptureSession::setVideoSink(OcelleVideoOutput *sink)
 void OcelleCaptureSession::shutdown()
 {
     requestState(QCamera::UnloadedState);
-    m_statusRelay.release(); // we may be in a slot that a waiting worker's status has called
-    quitWorkerThread();
-    while (!m_workerThread->wait(1)) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 1000);
-        if (!QCoreApplication::instance()) // outlived the application object: nobody else serves us
-            QCoreApplication::sendPostedEvents(&m_statusRelay);
-    }
+    m_workerThread->quit();
+    m_workerThread->waitServingEvents();
     setVideoOutput(nullptr);
     setVideoSink(nullptr);
 }
@@ -257,13 +249,4 @@ void OcelleCaptureSession::mirrorOutputs()
         m_videoOutput->setMirrored(mirrored);
     if (m_videoSink)
         m_videoSink->setMirrored(mirrored);
-}
-
-/*! Has the worker thread quit after the calls queued to it so far, the closing of the camera too. */
-void OcelleCaptureSession::quitWorkerThread()
-{
-    QObject last;
-    connect(
-            &last, &QObject::destroyed, m_worker, [this] { m_workerThread->quit(); },
-            Qt::QueuedConnection);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ocellestatusrelay.h"
 #include "ocellevideosession.h"
+#include "ocelleworkerthread.h"
 
 #include <QCamera>
 #include <QCameraViewfinderSettings>
@@ -16,7 +16,6 @@
 class OcelleCaptureControl;
 class OcelleCaptureWorker;
 class OcelleProvider;
-class QThread;
 
 /*!
  * The heart of one camera service: turns Qt's camera states and settings into requests to the
@@ -80,12 +79,10 @@ public slots:
 private:
     void stopVideoOutput();
     void mirrorOutputs();
-    void quitWorkerThread();
 
     OcelleCaptureControl *const m_captureControl; // owned
-    OcelleStatusRelay m_statusRelay;
-    QThread *const m_workerThread;       // owned
-    OcelleCaptureWorker *const m_worker; // owned, lives in m_workerThread
+    OcelleWorkerThread *const m_workerThread;     // owned
+    OcelleCaptureWorker *const m_worker;          // owned, lives in that thread
 
     // Guarded by the session mutex, like the video output
     QList<QCameraViewfinderSettings> m_supportedSettings; // empty until the camera is loaded
