@@ -21,7 +21,12 @@ constexpr int PanelEnd = 10; // the code begins here
 constexpr std::uint8_t Black = 16;
 constexpr std::uint8_t White = 235;
 constexpr std::uint8_t PanelLuma = 40;
+constexpr std::uint8_t LaneLuma = 30;
+constexpr std::uint8_t LaneCb = 152;
+constexpr std::uint8_t LaneCr = 118;
 constexpr std::uint8_t BallLuma = 170; // nothing else in the lane has it
+constexpr std::uint8_t BallCb = 54;
+constexpr std::uint8_t BallCr = 176;
 
 constexpr std::int64_t BallPeriod = 4000000; // microseconds, to and fro
 constexpr int ClockGlyphs = 8;
@@ -59,7 +64,8 @@ std::vector<int> disc(int diameter)
     const double radius = diameter / 2.0;
     for (int line = 1; line < diameter; line += 2) {
         const double up = line - radius;
-        halves.push_back(even(static_cast<int>(std::sqrt(radius * radius - up * up) + 1)));
+        const double half = std::sqrt(radius * radius - up * up);
+        halves.push_back(std::min(even(static_cast<int>(half + 1)), even(diameter / 2)));
     }
     return halves;
 }
@@ -72,7 +78,7 @@ TestPattern::TestPattern(int width, int height, PixelFormat format, const std::s
     , m_interleaved(format == PixelFormat::NV12)
     , m_caption(caption.substr(0, LabelGlyphs))
     , m_module(std::max(std::min(width / 80, height / 45), 1))
-    , m_labelModule(std::max(m_module / 2, 1))
+    , m_labelModule(m_module / 2)
 {
     const int diameter = std::min(even((row(TextRow) - row(LaneRow)) * 7 / 8), even(m_width / 2));
     if (diameter >= 4)
@@ -122,14 +128,6 @@ void TestPattern::fill(const Planes &planes, Rect rect, Colour colour) const
     fillLuma(planes, rect, colour.y);
     fillChroma(planes, rect, colour);
 }
-
-namespace {
-constexpr std::uint8_t LaneLuma = 30;
-constexpr std::uint8_t LaneCb = 152;
-constexpr std::uint8_t LaneCr = 118;
-constexpr std::uint8_t BallCb = 54;
-constexpr std::uint8_t BallCr = 176;
-} // namespace
 
 void TestPattern::paintBackground(const Planes &planes) const
 {
@@ -236,21 +234,22 @@ TestPattern::Rect TestPattern::captionRect() const
 {
     const Rect clock = clockRect();
     const int left = clock.right + m_module;
-    return { left, clock.top, left + LabelGlyphs * PatternFont::Advance * m_labelModule,
-             clock.top + PatternFont::Height * m_labelModule };
+    const int top = clock.top - m_labelModule; // leaves two modules above the number
+    return { left, top, left + LabelGlyphs * PatternFont::Advance * m_labelModule,
+             top + PatternFont::Height * m_labelModule };
 }
 
 TestPattern::Rect TestPattern::numberRect() const
 {
     const Rect caption = captionRect();
-    const int bottom = clockRect().bottom;
+    const int bottom = clockRect().bottom + m_labelModule;
     return { caption.left, bottom - (caption.bottom - caption.top), caption.right, bottom };
 }
 
 void TestPattern::paintText(const Planes &planes, const char *text, Rect rect, int module) const
 {
-    if (rect.top < 0 || rect.bottom > m_height)
-        return;
+    if (module < 1 || rect.top < row(TextRow) || rect.bottom > row(PanelEnd))
+        return; // a picture too small for text
     for (int left = rect.left; *text != '\0'; ++text, left += PatternFont::Advance * module) {
         const int right = left + PatternFont::Width * module;
         if (right > m_width)

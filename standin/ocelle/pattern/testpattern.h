@@ -83,7 +83,7 @@ private:
     bool m_interleaved; // chroma
     std::string m_caption;
     int m_module;            // side of a module of the clock's glyphs
-    int m_labelModule;       // the same of the number's and the caption's
+    int m_labelModule;       // the same of the number's and the caption's; 0 leaves them out
     std::vector<int> m_ball; // half the ball's width, for each two of its lines; all even
 };
 
