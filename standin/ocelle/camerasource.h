@@ -3,6 +3,7 @@
 #include <ocelle/camera.h>
 #include <ocelle/cameramanager.h>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -14,15 +15,18 @@ namespace Ocelle {
 /*! What a source tells of one of its cameras, without opening it. */
 struct CameraDescription
 {
-    CameraInfo info;
-    std::vector<CameraCapability> capabilities;
+    CameraInfo info {};
+    std::vector<CameraCapability> capabilities; // preferred first
+    std::vector<PixelFormat> formats;           // the first one is what it delivers
+    std::uint64_t revision = 0; // another one where a different camera has come behind the same id
 };
 
 /*!
  * One kind of camera: finds its cameras, tells when they come and go, and opens them.
  *
  * Threads: cameras() and open() from any thread, several at a time; the function given to watch()
- *          is called on a thread of the source's own, with no lock of the source held.
+ *          is called on a thread of the source's own, with no lock of the source held. It only
+ *          takes a note and returns.
  * Owner:   the camera manager. Cameras that it opened may outlive it.
  * Errors:  an empty pointer from open(); the reason goes to standard error, one line.
  */

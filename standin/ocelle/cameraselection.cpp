@@ -1,0 +1,102 @@
+#include "cameraselection.h"
+
+#include "log.h"
+#include "patternsource.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace Veltra {
+namespace Ocelle {
+
+namespace {
+
+using Kind = CameraSelection::Kind;
+
+const char Allowed[] = "pattern is";
+
+std::string trimmed(const std::string &text)
+{
+    const char blanks[] = " \t";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::vector<std::string> split(const std::string &text)
+{
+    std::vector<std::string> parts(1);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
+        if (text[i] == '\\' && (next == ',' || next == '\\'))
+            parts.back() += text[++i];
+        else if (text[i] == ',')
+            parts.emplace_back();
+        else
+            parts.back() += text[i];
+    }
+    return parts;
+}
+
+std::optional<CameraSelection::Entry> parseEntry(const std::string &text)
+{
+    if (text == "pattern")
+        return CameraSelection::Entry { Kind::Pattern, {} };
+    return {};
+}
+
+PixelFormat patternFormatFrom(const char *text)
+{
+    const std::string name = text ? text : "nv12";
+    if (name == "yu12")
+        return PixelFormat::YU12;
+    if (name != "nv12")
+        printLine("OCELLE_PATTERN_FORMAT: \"" + name + "\" is not a format; nv12 and yu12 are");
+    return PixelFormat::NV12;
+}
+
+} // namespace
+
+CameraSelection CameraSelection::parse(const char *text)
+{
+    CameraSelection selection;
+    const std::string all = text ? text : "pattern";
+    if (trimmed(all).empty())
+        return selection;
+    for (const std::string &part : split(all)) {
+        const std::string name = trimmed(part);
+        const std::optional<Entry> entry = parseEntry(name);
+        std::vector<Entry> &entries = selection.entries;
+        if (!entry)
+            selection.errors.push_back('"' + name + "\" is not a source of cameras; " + Allowed);
+        else if (std::find(entries.begin(), entries.end(), *entry) == entries.end())
+            entries.push_back(*entry);
+    }
+    return selection;
+}
+
+std::vector<std::unique_ptr<CameraSource>> selectedSources(const char *cameras,
+                                                           const char *patternFormat)
+{
+    const CameraSelection selection = CameraSelection::parse(cameras);
+    for (const std::string &error : selection.errors)
+        printLine("OCELLE_CAMERAS: " + error);
+    const PixelFormat format = patternFormatFrom(patternFormat);
+
+    std::vector<std::unique_ptr<CameraSource>> sources;
+    for (const CameraSelection::Entry &entry : selection.entries) {
+        switch (entry.kind) {
+        case Kind::Pattern:
+            sources.push_back(std::make_unique<PatternSource>(format));
+            break;
+        case Kind::File:
+        case Kind::Folder:
+            break;
+        }
+    }
+    return sources;
+}
+
+} // namespace Ocelle
+} // namespace Veltra

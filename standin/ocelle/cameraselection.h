@@ -1,0 +1,52 @@
+#pragma once
+
+#include "camerasource.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Veltra {
+namespace Ocelle {
+
+/*!
+ * Which camera sources are offered, as the environment variable OCELLE_CAMERAS tells:
+ *
+ *     pattern      two cameras that show a test picture
+ *     file:PATH    a video file
+ *     dir:PATH     every video file in a folder, as they come and go
+ *
+ * separated by commas. A comma within a path is written "\,", a backslash before a comma "\\".
+ * Blanks around an entry do not count. Unset means "pattern", empty no camera at all. An entry
+ * given twice counts once.
+ */
+struct CameraSelection
+{
+    enum class Kind { Pattern, File, Folder };
+    struct Entry
+    {
+        Kind kind;
+        std::string path; // absolute; empty for Kind::Pattern
+
+        bool operator==(const Entry &other) const
+        {
+            return kind == other.kind && path == other.path;
+        }
+    };
+    std::vector<Entry> entries;
+    std::vector<std::string> errors; // one sentence for each wrong entry
+
+    /*! \a text is the variable's value, null where it is not set. */
+    static CameraSelection parse(const char *text);
+};
+
+/*!
+ * The sources that \a cameras and \a patternFormat ask for: the values of OCELLE_CAMERAS and
+ * OCELLE_PATTERN_FORMAT ("nv12", the default, or "yu12"), null where they are not set. What is
+ * wrong with them goes to standard error, one line each, and is left out.
+ */
+std::vector<std::unique_ptr<CameraSource>> selectedSources(const char *cameras,
+                                                           const char *patternFormat);
+
+} // namespace Ocelle
+} // namespace Veltra

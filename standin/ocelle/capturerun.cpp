@@ -1,0 +1,136 @@
+#include "capturerun.h"
+
+#include "librarythread.h"
+
+#include <chrono>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace Veltra {
+namespace Ocelle {
+
+CaptureRun::CaptureRun(std::shared_ptr<Gate> gate, std::shared_ptr<CameraCounters> counters,
+                       std::unique_ptr<PictureProducer> producer)
+    : m_gate(std::move(gate))
+    , m_counters(std::move(counters))
+    , m_producer(std::move(producer))
+{
+}
+
+bool CaptureRun::start(std::shared_ptr<CaptureRun> previous)
+{
+    m_previous = std::move(previous);
+    try {
+        startThread("OcelleCapture", [self = shared_from_this()] { self->run(); }).detach();
+        return true;
+    } catch (const std::system_error &) {
+        return false;
+    }
+}
+
+void CaptureRun::requestStop()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_ending = true;
+    m_error.clear();
+    m_woken.notify_all();
+}
+
+void CaptureRun::fail(const std::string &message)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_ending)
+        return;
+    m_ending = true;
+    m_error = message;
+    m_woken.notify_all();
+}
+
+bool CaptureRun::isActive() const
+{
+    return !m_ending;
+}
+
+void CaptureRun::waitUntilFinished()
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_done.wait(lock, [this] { return m_finished; });
+}
+
+void CaptureRun::run()
+{
+    if (m_previous)
+        m_previous->waitUntilFinished();
+    m_previous.reset();
+    capture();
+    m_producer.reset();
+    reportError();
+
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_finished = true;
+    m_done.notify_all();
+}
+
+void CaptureRun::capture()
+{
+    Pacer pacer(m_producer->period(), m_producer->catchUp());
+    for (std::uint64_t sequence = 0; !m_ending; ++sequence) {
+        const auto began = Pacer::Clock::now();
+        const std::optional<std::chrono::nanoseconds> offset = m_producer->next(m_ending);
+        if (m_ending)
+            return;
+        if (!offset) {
+            fail(m_producer->error());
+            return;
+        }
+        const auto ready = Pacer::Clock::now();
+        const Pacer::TimePoint due = pacer.schedule(*offset, ready, ready - began);
+        if (!waitUntil(due))
+            return;
+        deliver(sequence, due, pacer);
+    }
+}
+
+void CaptureRun::deliver(std::uint64_t sequence, Pacer::TimePoint due, const Pacer &pacer)
+{
+    const auto now = Pacer::Clock::now();
+    m_counters->captured.fetch_add(1, std::memory_order_release);
+    if (pacer.isLate(due, now)) {
+        m_counters->late.fetch_add(1, std::memory_order_release);
+        return;
+    }
+    const std::chrono::microseconds timestamp =
+            std::chrono::duration_cast<std::chrono::microseconds>(now.time_since_epoch());
+    std::shared_ptr<GraphicBuffer> buffer = m_producer->picture(sequence, timestamp.count());
+    if (!buffer) {
+        const std::string error = m_producer->error();
+        if (!error.empty())
+            fail(error);
+        m_counters->dropped.fetch_add(1, std::memory_order_release);
+        return;
+    }
+    m_gate->call(
+            [&buffer](CameraListener &listener) { listener.onCameraFrame(std::move(buffer)); });
+}
+
+bool CaptureRun::waitUntil(Pacer::TimePoint due)
+{
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_woken.wait_until(lock, due, [this] { return m_ending.load(); });
+    return !m_ending;
+}
+
+void CaptureRun::reportError()
+{
+    std::string error;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        error.swap(m_error);
+    }
+    if (!error.empty())
+        m_gate->call([&error](CameraListener &listener) { listener.onCameraError(error); });
+}
+
+} // namespace Ocelle
+} // namespace Veltra

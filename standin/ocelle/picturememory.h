@@ -1,0 +1,48 @@
+#pragma once
+
+#include "graphicbuffer.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+namespace Veltra {
+namespace Ocelle {
+
+/*!
+ * A picture in memory of its own, YU12 or NV12, for a BufferPool.
+ *
+ * Threads: written by its maker before it is handed out, read by anyone after.
+ * Owner:   the pool. The memory stays for the next picture.
+ */
+class PictureMemory : public GraphicBuffer
+{
+public:
+    struct WritablePlane
+    {
+        std::uint8_t *data = nullptr;
+        std::int32_t stride = 0; // bytes per line
+    };
+    using WritablePlanes = std::array<WritablePlane, 3>;
+
+    /*!
+     * Makes room for such pictures, with lines that start at multiples of 64 bytes; true where the
+     * memory is new. Other formats get the layout of YU12.
+     */
+    bool allocate(std::int32_t pictureWidth, std::int32_t pictureHeight, PixelFormat pictureFormat);
+    const WritablePlanes &writablePlanes() const { return m_planes; }
+
+    void release() {}
+
+private:
+    struct Free
+    {
+        void operator()(std::uint8_t *memory) const { std::free(memory); }
+    };
+    std::unique_ptr<std::uint8_t, Free> m_memory;
+    WritablePlanes m_planes;
+};
+
+} // namespace Ocelle
+} // namespace Veltra
