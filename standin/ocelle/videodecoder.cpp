@@ -1,0 +1,20 @@
+// The parts of the decoder's interface that live in this library.
+
+#include <ocelle/videodecoder.h>
+
+namespace Veltra {
+namespace Ocelle {
+
+VideoDecoderListener::~VideoDecoderListener() = default;
+
+VideoDecoder::~VideoDecoder() = default;
+void VideoDecoder::reserved4() {}
+
+void VideoDecoder::lockAndSetListener(VideoDecoderListener *listener)
+{
+    const std::lock_guard<std::mutex> lock(m_listenerMutex);
+    m_listener = listener;
+}
+
+} // namespace Ocelle
+} // namespace Veltra
