@@ -1,0 +1,3 @@
+#include "ocelledecodelog.h"
+
+Q_LOGGING_CATEGORY(qLcDecode, "veltra.palaver.decoder.ocelle")
