@@ -2,6 +2,7 @@
 
 #include <QMutex>
 #include <QObject>
+#include <QWaitCondition>
 
 class OcelleVideoOutput;
 
@@ -25,9 +26,21 @@ public:
     virtual bool mirrorOutput() const;
 
 protected:
+    /*! Stops the output without waiting for a delivery in progress. Any thread. */
+    void stopVideoOutputNow();
+
     OcelleVideoOutput *m_videoOutput = nullptr; // not owned; null without a surface
 
     // Guards m_videoOutput. Held while a picture is handed to the output and while the output is
     // stopped or mirrored, so that none is detached half-way; not recursive.
     QMutex m_mutex;
+
+private:
+    void waitUntilUnused();
+
+    // Guards m_videoOutputUsers, and m_videoOutput beside the mutex above; never held while calling
+    // out. An output that is replaced is not let go before nobody uses it.
+    QMutex m_usersMutex;
+    QWaitCondition m_unused;
+    int m_videoOutputUsers = 0; // calls to the output without the mutex above
 };

@@ -1,6 +1,7 @@
 #include "ocelleprovider.h"
 
 #include "ocellecaptureservice.h"
+#include "ocelledecodeservice.h"
 
 #include <QMutexLocker>
 
@@ -103,6 +104,8 @@ QMediaService *OcelleProvider::create(const QString &key)
 {
     if (key == QLatin1String(CameraService))
         return new OcelleCaptureService(this, nullptr);
+    if (key == QLatin1String(DecoderService))
+        return new OcelleDecodeService(this, nullptr);
     return nullptr;
 }
 

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "ocellevideosession.h"
+#include "ocelleworkerthread.h"
+
+#include <QStringList>
+#include <QTimer>
+#include <QVideoEncoderSettings>
+
+#include <ocelle/videodecoder.h>
+#include <palaver/qpvdecoder.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+class OcelleDecodeControl;
+class OcelleDecodeWorker;
+class OcelleProvider;
+class QPVEncodedVideoFrame;
+
+/*!
+ * The heart of one decoder service: gets decoders from the platform, hands them and the compressed
+ * frames to the worker, and the decoded pictures to the video output.
+ *
+ * Threads: grouped below; lives on the application thread. The control's error() is emitted on
+ *          whatever thread the error came up, statusChanged() on the application thread.
+ * Owner:   OcelleDecodeService, which calls shutdown() before it deletes the session.
+ * Errors:  QPVDecoder::Error with a text; a refused frame is told by decode() alone.
+ *
+ * The application may take the service down from a slot of any of the control's signals that is
+ * called on the application thread.
+ */
+class OcelleDecodeSession : public OcelleVideoSession, public Veltra::Ocelle::VideoDecoderListener
+{
+    Q_OBJECT
+public:
+    OcelleDecodeSession(OcelleProvider *provider, QObject *parent);
+    ~OcelleDecodeSession();
+
+    // Application thread
+    OcelleDecodeControl *decodeControl() const;
+    QStringList supportedCodecs(bool flag) const;
+    bool isFormatSupported(const QVideoEncoderSettings &settings) const; // only the codec counts
+    QVideoEncoderSettings codecSettings() const;
+    /*! Starts decoding; does nothing where a stream of the same codec is decoded already. */
+    bool startDecoder(const QVideoEncoderSettings &settings);
+    bool decode(const QPVEncodedVideoFrame &frame);
+    void flush();
+    void stop(); // as flush()
+    void drain();
+    /*!
+     * Ends decoding and the worker thread; events are served meanwhile. A decoder that does not
+     * finish within 500 ms is dropped as it is; the wait for the thread has no limit.
+     */
+    void shutdown();
+
+    // Any thread
+    QPVDecoder::Status status() const;
+    void setError(QPVDecoder::Error error, const QString &text);
+
+    // Library threads
+    void onDecodedYCbCrFrame(const Veltra::Ocelle::YCbCrFrame *frame) override;
+    void onDecodedGraphicBuffer(std::shared_ptr<Veltra::Ocelle::GraphicBuffer> buffer) override;
+    void onDecoderParameterChanged(Veltra::Ocelle::VideoDecoderParameter parameter,
+                                   const std::string &value) override;
+    void onDecoderError(const std::string &message) override;
+    void onDecoderEOS() override;
+
+public slots:
+    void onStatusChanged(QPVDecoder::Status status); // the worker waits meanwhile
+
+private:
+    void dropUnfinishedDecoder();
+
+    Veltra::Ocelle::CodecManager *const m_codecManager; // not owned
+    OcelleDecodeControl *const m_control;               // owned
+    QVideoEncoderSettings m_settings;                   // application thread; of the current stream
+    OcelleWorkerThread *const m_workerThread;           // owned
+    OcelleDecodeWorker *const m_worker;                 // owned, lives in that thread
+    std::unique_ptr<QTimer> m_shutdownTimer;            // application thread
+};

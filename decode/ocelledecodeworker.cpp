@@ -1,0 +1,273 @@
+#include "ocelledecodeworker.h"
+
+#include "ocelledebug.h"
+#include "ocelledecodelog.h"
+#include "ocelledecodesession.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QMetaObject>
+#include <QMutexLocker>
+
+#include <utility>
+
+namespace {
+
+const QEvent::Type FramesWaiting = QEvent::User; // 1000
+
+} // namespace
+
+OcelleDecodeWorker::OcelleDecodeWorker(OcelleDecodeSession *session)
+    : m_decoder(this)
+    , m_session(session)
+{
+    connect(&m_decoder, &OcelleDecoder::statusChanged, this, &OcelleDecodeWorker::onStatusChanged,
+            Qt::DirectConnection);
+}
+
+OcelleDecodeWorker::~OcelleDecodeWorker() = default;
+
+bool OcelleDecodeWorker::start(std::shared_ptr<Veltra::Ocelle::VideoDecoder> decoder,
+                               const QVideoEncoderSettings &settings)
+{
+    requestState(false);
+    {
+        QMutexLocker locker(&m_mutex);
+        m_pendingDecoder.swap(decoder); // one that waits still goes with no lock held
+        m_settings = settings;
+    }
+    requestState(true);
+    return true;
+}
+
+bool OcelleDecodeWorker::enqueue(const QPVEncodedVideoFrame &frame)
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_queue.size() >= m_depth || m_flushing)
+        return false;
+    m_queue.append(frame);
+    if (m_queue.size() == 1)
+        QCoreApplication::postEvent(this, new QEvent(FramesWaiting));
+    return true;
+}
+
+void OcelleDecodeWorker::flush()
+{
+    changeRequest(false, true);
+}
+
+void OcelleDecodeWorker::drain()
+{
+    requestState(false);
+}
+
+void OcelleDecodeWorker::kill()
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        m_flushing = true;
+    }
+    m_decoder.kill();
+}
+
+void OcelleDecodeWorker::silence()
+{
+    m_silenced = true;
+}
+
+void OcelleDecodeWorker::eos()
+{
+    qCWarning(qLcDecode) << "EOS is not handled yet.";
+}
+
+bool OcelleDecodeWorker::running() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_requested;
+}
+
+QPVDecoder::Status OcelleDecodeWorker::status() const
+{
+    return m_decoder.status();
+}
+
+int OcelleDecodeWorker::depth() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_depth;
+}
+
+void OcelleDecodeWorker::setDepth(int depth)
+{
+    QMutexLocker locker(&m_mutex);
+    m_depth = depth;
+}
+
+int OcelleDecodeWorker::threshold() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_threshold;
+}
+
+void OcelleDecodeWorker::setThreshold(int threshold)
+{
+    int room;
+    {
+        QMutexLocker locker(&m_mutex);
+        m_threshold = threshold;
+        if (m_threshold <= m_queue.size())
+            return;
+        room = m_depth - m_queue.size();
+    }
+    emitNeedData(room);
+}
+
+void OcelleDecodeWorker::requestState(bool run)
+{
+    changeRequest(run, false);
+}
+
+void OcelleDecodeWorker::start()
+{
+    Launch taken;
+    {
+        QMutexLocker locker(&m_mutex);
+        taken = takeLaunch();
+    }
+    launch(taken);
+}
+
+void OcelleDecodeWorker::stop()
+{
+    QList<QPVEncodedVideoFrame> discarded; // go with no lock held
+    bool discard;
+    {
+        QMutexLocker locker(&m_mutex);
+        discard = m_flushing;
+        if (discard)
+            discarded.swap(m_queue);
+        m_flushing = false;
+    }
+    if (discard) {
+        m_decoder.flush();
+    } else {
+        decode();
+        m_decoder.drain();
+    }
+}
+
+void OcelleDecodeWorker::decode()
+{
+    for (;;) {
+        int before;
+        int mark;
+        {
+            QMutexLocker locker(&m_mutex);
+            if (m_queue.isEmpty() || m_flushing)
+                return;
+            before = m_queue.size();
+            mark = m_threshold;
+        }
+        const QPVEncodedVideoFrame frame = dequeue();
+        int room = -1;
+        {
+            QMutexLocker locker(&m_mutex);
+            if (mark <= before && m_threshold > m_queue.size())
+                room = m_depth - m_queue.size();
+        }
+        if (room >= 0)
+            emitNeedData(room);
+        if (!m_decoder.decode(frame)) {
+            m_session->setError(QPVDecoder::DecodeError, QStringLiteral("Decoder error"));
+            qCWarning(qLcDecode) << "The decoder rejected the frame" << frame;
+        }
+    }
+}
+
+QPVEncodedVideoFrame OcelleDecodeWorker::dequeue()
+{
+    QMutexLocker locker(&m_mutex);
+    return m_queue.isEmpty() ? QPVEncodedVideoFrame() : m_queue.takeFirst();
+}
+
+bool OcelleDecodeWorker::event(QEvent *event)
+{
+    if (event->type() != FramesWaiting)
+        return QObject::event(event);
+    decode();
+    return true;
+}
+
+void OcelleDecodeWorker::onStatusChanged(QPVDecoder::Status status)
+{
+    const bool unloaded = status == QPVDecoder::UnloadedStatus;
+    const bool active = status == QPVDecoder::StartingStatus || status == QPVDecoder::ActiveStatus;
+    if (unloaded || active) {
+        {
+            QMutexLocker locker(&m_mutex);
+            m_active = active;
+        }
+        QMetaObject::invokeMethod(this, "applyState", Qt::QueuedConnection);
+    }
+    if (!m_silenced)
+        emit statusChanged(status);
+}
+
+void OcelleDecodeWorker::applyState()
+{
+    assertOnOwnThread(this);
+    bool wanted;
+    Launch taken;
+    {
+        QMutexLocker locker(&m_mutex);
+        const bool unwanted = m_active && !m_applied;
+        wanted = !unwanted && !m_active && m_requested;
+        if (!unwanted && !wanted)
+            return;
+        if (wanted) {
+            m_applied = true;
+            taken = takeLaunch();
+        }
+    }
+    if (wanted)
+        launch(taken);
+    else
+        stop();
+}
+
+/*! With the mutex held, so that a flush that comes after stays a flush. */
+OcelleDecodeWorker::Launch OcelleDecodeWorker::takeLaunch()
+{
+    m_flushing = false;
+    Launch launch;
+    launch.decoder.swap(m_pendingDecoder);
+    launch.settings = m_settings;
+    return launch;
+}
+
+void OcelleDecodeWorker::launch(const Launch &launch)
+{
+    if (m_decoder.load(launch.decoder) && m_decoder.start(launch.settings))
+        QCoreApplication::postEvent(this, new QEvent(FramesWaiting));
+    else
+        m_session->setError(QPVDecoder::DecodeError, QStringLiteral("Decoder error"));
+}
+
+void OcelleDecodeWorker::changeRequest(bool run, bool discard)
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        if (discard)
+            m_flushing = true;
+        if (!run)
+            m_applied = false;
+        m_requested = run;
+    }
+    QMetaObject::invokeMethod(this, "applyState", Qt::QueuedConnection);
+}
+
+void OcelleDecodeWorker::emitNeedData(int room)
+{
+    if (!m_silenced)
+        emit needData(static_cast<unsigned int>(room));
+}
