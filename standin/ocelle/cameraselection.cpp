@@ -1,10 +1,14 @@
 #include "cameraselection.h"
 
+#include "filesource.h"
+#include "foldersource.h"
 #include "log.h"
 #include "patternsource.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 namespace Veltra {
 namespace Ocelle {
@@ -13,7 +17,8 @@ namespace {
 
 using Kind = CameraSelection::Kind;
 
-const char Allowed[] = "pattern is";
+const char Allowed[] = "pattern, file:PATH and dir:PATH are, separated by commas "
+                       "(\\, for a comma in a path)";
 
 std::string trimmed(const std::string &text)
 {
@@ -39,10 +44,26 @@ std::vector<std::string> split(const std::string &text)
     return parts;
 }
 
+std::optional<std::string> pathAfter(const std::string &prefix, const std::string &entry)
+{
+    if (entry.compare(0, prefix.size(), prefix) != 0 || entry.size() == prefix.size())
+        return {};
+    std::error_code error;
+    const std::filesystem::path path =
+            std::filesystem::absolute(entry.substr(prefix.size()), error).lexically_normal();
+    const std::string name = path.string();
+    const bool hasSlash = name.size() > 1 && name.back() == '/';
+    return error ? std::optional<std::string>() : name.substr(0, name.size() - (hasSlash ? 1 : 0));
+}
+
 std::optional<CameraSelection::Entry> parseEntry(const std::string &text)
 {
     if (text == "pattern")
         return CameraSelection::Entry { Kind::Pattern, {} };
+    if (const auto path = pathAfter("file:", text))
+        return CameraSelection::Entry { Kind::File, *path };
+    if (const auto path = pathAfter("dir:", text))
+        return CameraSelection::Entry { Kind::Folder, *path };
     return {};
 }
 
@@ -91,7 +112,10 @@ std::vector<std::unique_ptr<CameraSource>> selectedSources(const char *cameras,
             sources.push_back(std::make_unique<PatternSource>(format));
             break;
         case Kind::File:
+            sources.push_back(std::make_unique<FileSource>(entry.path));
+            break;
         case Kind::Folder:
+            sources.push_back(std::make_unique<FolderSource>(entry.path));
             break;
         }
     }

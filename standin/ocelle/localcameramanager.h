@@ -63,7 +63,6 @@ private:
     void applyChanges();
     void setList(List list);
 
-    const std::vector<std::unique_ptr<CameraSource>> m_sources;
     ListenerGate<CameraManagerListener> m_gate;
 
     mutable std::mutex m_listMutex; // guards m_list; never held while calling out
@@ -75,6 +74,8 @@ private:
     bool m_changed = false;
     bool m_quitting = false;
     std::thread m_hotplugThread; // started with the first change
+
+    const std::vector<std::unique_ptr<CameraSource>> m_sources; // last: they may call until they go
 };
 
 } // namespace Ocelle

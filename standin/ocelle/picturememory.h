@@ -27,8 +27,8 @@ public:
     using WritablePlanes = std::array<WritablePlane, 3>;
 
     /*!
-     * Makes room for such pictures, with lines that start at multiples of 64 bytes; true where the
-     * memory is new. Other formats get the layout of YU12.
+     * Becomes such a picture, with lines that start at multiples of 64 bytes; true where the memory
+     * is new. Other formats get the layout of YU12.
      */
     bool allocate(std::int32_t pictureWidth, std::int32_t pictureHeight, PixelFormat pictureFormat);
     const WritablePlanes &writablePlanes() const { return m_planes; }
@@ -40,8 +40,13 @@ private:
     {
         void operator()(std::uint8_t *memory) const { std::free(memory); }
     };
+    void describe();
+
     std::unique_ptr<std::uint8_t, Free> m_memory;
     WritablePlanes m_planes;
+    std::int32_t m_width = 0; // of the memory: a derived picture may lie elsewhere for a while
+    std::int32_t m_height = 0;
+    PixelFormat m_format = PixelFormat::YU12;
 };
 
 } // namespace Ocelle
