@@ -1,0 +1,56 @@
+#pragma once
+
+#include "graphicbuffer.h"
+
+#include <QRect>
+
+#include <array>
+#include <memory>
+
+namespace Veltra {
+namespace Ocelle {
+
+/*! A picture on its way to a surface, with the settings of the moment it was delivered. */
+struct Picture
+{
+    std::shared_ptr<GraphicBuffer> buffer;
+    QRect viewport; // pixels; null for the whole picture
+    bool mirrored = false;
+};
+
+/*!
+ * Pictures that wait for their surface, oldest first, in memory of fixed size.
+ *
+ * Of live pictures only the newest waits. Beyond Capacity the oldest picture goes.
+ *
+ * Threads: none of its own; the user locks.
+ */
+class PictureQueue
+{
+public:
+    static constexpr int Capacity = 32; // pictures
+
+    bool isEmpty() const { return m_count == 0; }
+    int size() const { return m_count; }
+
+    /*!
+     * Appends \a picture. If another has to go for it, that one moves to \a dropped, so that the
+     * caller can release it without a lock; true then.
+     */
+    bool push(Picture &&picture, Picture &dropped);
+
+    /*! Moves the oldest picture out; the queue must not be empty. */
+    Picture takeFirst();
+
+private:
+    Picture &at(int index) { return m_slots[std::size_t((m_first + index) % Capacity)]; }
+    int waitingLive();
+    Picture takeAt(int index);
+
+    std::array<Picture, Capacity> m_slots;
+    int m_first = 0; // slot of the oldest picture
+    int m_count = 0;
+};
+
+} // namespace Ocelle
+} // namespace Veltra

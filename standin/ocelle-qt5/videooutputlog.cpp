@@ -1,0 +1,9 @@
+#include "videooutputlog.h"
+
+namespace Veltra {
+namespace Ocelle {
+
+Q_LOGGING_CATEGORY(lcVideoOutput, "ocelle.videooutput")
+
+} // namespace Ocelle
+} // namespace Veltra

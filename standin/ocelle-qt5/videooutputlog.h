@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+namespace Veltra {
+namespace Ocelle {
+
+Q_DECLARE_LOGGING_CATEGORY(lcVideoOutput) // "ocelle.videooutput"
+
+} // namespace Ocelle
+} // namespace Veltra

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QStringList>
+
+/*!
+ * Collects the warnings of the video output's logging category while it lives; one at a time.
+ *
+ * Threads: messages may come from any.
+ */
+class MessageLog
+{
+public:
+    MessageLog();
+    ~MessageLog();
+
+    QStringList warnings() const;
+};
