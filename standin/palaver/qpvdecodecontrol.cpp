@@ -1,0 +1,11 @@
+#include "qpvmetatypes.h"
+
+#include <palaver/qpvdecodecontrol.h>
+
+QPVDecodeControl::QPVDecodeControl(QObject *parent)
+    : QMediaControl(parent)
+{
+    registerPalaverMetaTypes();
+}
+
+QPVDecodeControl::~QPVDecodeControl() = default;

@@ -1,0 +1,8 @@
+#include <palaver/qpvdecoder.h>
+
+QPVDecoder::QPVDecoder(QObject *parent)
+    : QObject(parent)
+{
+}
+
+QPVDecoder::~QPVDecoder() = default;

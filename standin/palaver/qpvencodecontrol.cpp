@@ -1,0 +1,11 @@
+#include "qpvmetatypes.h"
+
+#include <palaver/qpvencodecontrol.h>
+
+QPVEncodeControl::QPVEncodeControl(QObject *parent)
+    : QMediaControl(parent)
+{
+    registerPalaverMetaTypes();
+}
+
+QPVEncodeControl::~QPVEncodeControl() = default;

@@ -1,0 +1,3 @@
+#include <palaver/qpvencodedvideosink.h>
+
+QPVEncodedVideoSink::~QPVEncodedVideoSink() = default;

@@ -1,0 +1,8 @@
+#include <palaver/qpvencoder.h>
+
+QPVEncoder::QPVEncoder(QObject *parent)
+    : QObject(parent)
+{
+}
+
+QPVEncoder::~QPVEncoder() = default;

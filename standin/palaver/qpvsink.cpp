@@ -1,0 +1,3 @@
+#include <palaver/qpvsink.h>
+
+QPVSink::~QPVSink() = default;

@@ -1,0 +1,7 @@
+#include <palaver/qpvsource.h>
+
+QPVSource::~QPVSource() = default;
+
+void QPVSource::sinkActiveChanged(QPVSink *, bool) {}
+
+void QPVSource::sinkError(QPVSink *) {}
