@@ -2,6 +2,9 @@
 
 #include "calllog.h"
 
+#include <ocelle/videodecoder.h>
+#include <ocelle/videoencoder.h>
+
 #include <atomic>
 
 namespace {
@@ -45,6 +48,28 @@ CameraManager::~CameraManager() = default;
 CameraListener::~CameraListener() = default;
 Camera::~Camera() = default;
 CodecManager::~CodecManager() = default;
+VideoDecoderListener::~VideoDecoderListener() = default;
+VideoDecoder::~VideoDecoder() = default;
+VideoEncoderListener::~VideoEncoderListener() = default;
+VideoEncoder::~VideoEncoder() = default;
+
+void VideoDecoder::lockAndSetListener(VideoDecoderListener *listener)
+{
+    CallLog::instance().add(QStringLiteral("decoder"),
+                            listener ? QStringLiteral("lockAndSetListener(listener)")
+                                     : QStringLiteral("lockAndSetListener(null)"));
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
+    m_listener = listener;
+}
+
+void VideoEncoder::lockAndSetListener(VideoEncoderListener *listener)
+{
+    CallLog::instance().add(QStringLiteral("encoder"),
+                            listener ? QStringLiteral("lockAndSetListener(listener)")
+                                     : QStringLiteral("lockAndSetListener(null)"));
+    std::lock_guard<std::mutex> lock(m_listenerMutex);
+    m_listener = listener;
+}
 
 // The slots nobody calls: a call is an error that the log shows.
 void CameraManager::reserved3()
@@ -80,6 +105,11 @@ void Camera::reserved9()
 void Camera::reserved10()
 {
     CallLog::instance().add(QStringLiteral("camera"), QStringLiteral("reserved10()"));
+}
+
+void VideoDecoder::reserved4()
+{
+    CallLog::instance().add(QStringLiteral("decoder"), QStringLiteral("reserved4()"));
 }
 
 } // namespace Ocelle
