@@ -5,12 +5,15 @@
 #include "fakegraphicbuffer.h"
 #include "librarythread.h"
 
+#include <chrono>
 #include <thread>
 #include <utility>
 
 using namespace Veltra::Ocelle;
 
 namespace {
+
+constexpr std::chrono::microseconds PicturePeriod { 500 }; // of a camera that streams
 
 bool isEmpty(const CameraInfo &info)
 {
@@ -65,7 +68,7 @@ bool FakeCamera::startCapture(const CameraCapability &capability, int flags)
             while (m_streaming) {
                 deliver(m_streamed);
                 ++m_streamed;
-                std::this_thread::yield();
+                std::this_thread::sleep_for(PicturePeriod);
             }
         });
     }
