@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+
+/*! What a finished run of the tool left. */
+struct ToolResult
+{
+    int exitCode = -1; // -1 if it did not end by itself, or not in time
+    QByteArray output;
+    QByteArray errors;
+};
+
+/*!
+ * The tool as a process of its own, with cameras of the test's choosing and no display.
+ *
+ * Errors: every wait ends after half a minute.
+ */
+class ToolProcess
+{
+public:
+    ToolProcess(const QStringList &arguments, const QString &cameras);
+    ~ToolProcess();
+
+    /*! Waits for one more line of standard output; empty if none comes. */
+    QByteArray nextLine();
+    /*! Waits until \a text is found on standard error. */
+    bool waitForError(const QByteArray &text);
+    void interrupt(); // as Ctrl-C does
+    ToolResult finish();
+
+    static ToolResult run(const QStringList &arguments,
+                          const QString &cameras = QStringLiteral("pattern"))
+    {
+        return ToolProcess(arguments, cameras).finish();
+    }
+
+private:
+    QProcess m_process;
+    QByteArray m_errors; // those read so far
+};

@@ -1,0 +1,102 @@
+#include "toolprocess.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+/*! "ocelle list" and the program's arguments, with the real plugins. */
+class ListToolTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void list_showsThePatternCameras();
+    void list_tellsEverythingInJson();
+    void list_isEmpty_whenThereAreNoCameras();
+    void list_showsTheOthers_whenOneEntryIsWrong();
+    void wrongArguments_areExplained();
+};
+
+void ListToolTest::list_showsThePatternCameras()
+{
+    const ToolResult result = ToolProcess::run({ QStringLiteral("list") });
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(result.output.contains("pattern:back"));
+    QVERIFY(result.output.contains("pattern:front"));
+    QVERIFY(result.output.contains("position front"));
+    QVERIFY(result.output.contains("NV12"));
+    QVERIFY(result.output.contains("1920x1080  at 15, 30, 60 fps"));
+    QCOMPARE(result.errors, QByteArray());
+}
+
+void ListToolTest::list_tellsEverythingInJson()
+{
+    const ToolResult result =
+            ToolProcess::run({ QStringLiteral("list"), QStringLiteral("--json") });
+    QCOMPARE(result.exitCode, 0);
+    const QJsonArray cameras = QJsonDocument::fromJson(result.output).array();
+    QCOMPARE(cameras.size(), 2);
+    for (const QJsonValue &value : cameras) {
+        const QJsonObject camera = value.toObject();
+        const bool front = camera.value(QStringLiteral("id")) == QStringLiteral("pattern:front");
+        QVERIFY(front || camera.value(QStringLiteral("id")) == QStringLiteral("pattern:back"));
+        QVERIFY(!camera.value(QStringLiteral("name")).toString().isEmpty());
+        QCOMPARE(camera.value(QStringLiteral("position")).toString(),
+                 front ? QStringLiteral("front") : QStringLiteral("back"));
+        QCOMPARE(camera.value(QStringLiteral("default")).toBool(), front);
+        QCOMPARE(camera.value(QStringLiteral("orientation")).toInt(-1), 0);
+        const QJsonArray formats = camera.value(QStringLiteral("formats")).toArray();
+        QVERIFY(formats.contains(QStringLiteral("NV12")));
+        QVERIFY(formats.contains(QStringLiteral("YUV420P")));
+        const QJsonArray sizes = camera.value(QStringLiteral("sizes")).toArray();
+        QCOMPARE(sizes.size(), 4);
+        QCOMPARE(sizes.first().toObject(),
+                 (QJsonObject { { QStringLiteral("width"), 320 },
+                                { QStringLiteral("height"), 240 },
+                                { QStringLiteral("rates"), QJsonArray { 15, 30, 60 } } }));
+    }
+}
+
+void ListToolTest::list_isEmpty_whenThereAreNoCameras()
+{
+    const QTemporaryDir folder;
+    const QString cameras = QStringLiteral("dir:") + folder.path();
+    const ToolResult text = ToolProcess::run({ QStringLiteral("list") }, cameras);
+    QCOMPARE(text.exitCode, 0);
+    QCOMPARE(text.output, QByteArray());
+    QVERIFY(text.errors.contains("There are no cameras."));
+    const ToolResult json =
+            ToolProcess::run({ QStringLiteral("list"), QStringLiteral("--json") }, cameras);
+    QCOMPARE(json.exitCode, 0);
+    QVERIFY(QJsonDocument::fromJson(json.output).isArray());
+    QVERIFY(QJsonDocument::fromJson(json.output).array().isEmpty());
+}
+
+void ListToolTest::list_showsTheOthers_whenOneEntryIsWrong()
+{
+    const ToolResult result =
+            ToolProcess::run({ QStringLiteral("list") }, QStringLiteral("nonsense,pattern"));
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(result.output.contains("pattern:back"));
+    QVERIFY(result.errors.contains("nonsense"));
+}
+
+void ListToolTest::wrongArguments_areExplained()
+{
+    const ToolResult unknown = ToolProcess::run({ QStringLiteral("lst") });
+    QCOMPARE(unknown.exitCode, 2);
+    QVERIFY(unknown.errors.contains("there is no command \"lst\""));
+    const ToolResult size =
+            ToolProcess::run({ QStringLiteral("preview"), QStringLiteral("pattern:back"),
+                               QStringLiteral("--size"), QStringLiteral("big") });
+    QCOMPARE(size.exitCode, 2);
+    QVERIFY(size.errors.contains("\"big\" is not a size"));
+    const ToolResult help = ToolProcess::run({ QStringLiteral("--help") });
+    QCOMPARE(help.exitCode, 0);
+    for (const char *word : { "list", "watch", "preview", "OCELLE_CAMERAS", "Exit codes" })
+        QVERIFY(help.output.contains(word));
+}
+
+QTEST_GUILESS_MAIN(ListToolTest)
+#include "tst_listtool.moc"

@@ -1,0 +1,80 @@
+#include "cameralist.h"
+
+#include <QCamera>
+#include <QDebug>
+#include <QEventLoop>
+#include <QTimer>
+
+namespace Tool {
+namespace {
+constexpr int LoadTimeout = 10000; // ms
+} // namespace
+
+QCameraInfo findCamera(const QString &id)
+{
+    for (const QCameraInfo &camera : QCameraInfo::availableCameras()) {
+        if (camera.deviceName() == id)
+            return camera;
+    }
+    return QCameraInfo();
+}
+
+QString noSuchCamera(const QString &id)
+{
+    QStringList ids;
+    for (const QCameraInfo &camera : QCameraInfo::availableCameras())
+        ids.append(camera.deviceName());
+    const QString none = QStringLiteral("there is no camera \"%1\"; ").arg(id);
+    if (ids.isEmpty())
+        return none + QStringLiteral("there are none at all");
+    return none + (ids.size() == 1 ? QStringLiteral("there is ") : QStringLiteral("there are ")) +
+           joined(ids);
+}
+
+QList<QCameraViewfinderSettings> offeredSettings(const QCameraInfo &info, QString *error)
+{
+    QCamera camera(info);
+    QEventLoop loop;
+    QTimer timeout;
+    timeout.setSingleShot(true);
+    QObject::connect(&timeout, &QTimer::timeout, &loop, &QEventLoop::quit);
+    QObject::connect(&camera, &QCamera::statusChanged, &loop, [&loop](QCamera::Status status) {
+        if (status == QCamera::LoadedStatus)
+            loop.quit();
+    });
+    QObject::connect(&camera, &QCamera::errorOccurred, &loop, [&loop](QCamera::Error code) {
+        if (code != QCamera::NoError)
+            loop.quit();
+    });
+    camera.load();
+    if (camera.status() != QCamera::LoadedStatus && camera.error() == QCamera::NoError) {
+        timeout.start(LoadTimeout);
+        loop.exec();
+    }
+    if (camera.status() == QCamera::LoadedStatus) {
+        const QList<QCameraViewfinderSettings> offered = camera.supportedViewfinderSettings();
+        if (offered.isEmpty())
+            *error = QStringLiteral("it offers no pictures");
+        return offered;
+    }
+    *error = camera.error() == QCamera::NoError ? QStringLiteral("it does not answer")
+                                                : camera.errorString();
+    return {};
+}
+
+QString joined(const QStringList &words)
+{
+    if (words.size() < 2)
+        return words.join(QString());
+    return words.mid(0, words.size() - 1).join(QLatin1String(", ")) + QLatin1String(" and ") +
+           words.last();
+}
+
+QString formatName(QVideoFrame::PixelFormat format)
+{
+    QString name;
+    QDebug(&name).nospace() << format;
+    return name.remove(QLatin1String("Format_"));
+}
+
+} // namespace Tool

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QCameraInfo>
+#include <QCameraViewfinderSettings>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+namespace Tool {
+
+/*! The camera with that id; a null one if there is none. */
+QCameraInfo findCamera(const QString &id);
+
+/*! "There is no camera x; there are a and b". */
+QString noSuchCamera(const QString &id);
+
+/*!
+ * Opens \a camera for a moment to learn what it offers; keeps events moving meanwhile.
+ *
+ * Errors: an empty list, and \a error says why.
+ */
+QList<QCameraViewfinderSettings> offeredSettings(const QCameraInfo &camera, QString *error);
+
+/*! "a", "a and b", "a, b and c" */
+QString joined(const QStringList &words);
+
+/*! "NV12" */
+QString formatName(QVideoFrame::PixelFormat format);
+
+} // namespace Tool

@@ -1,0 +1,72 @@
+#include "console.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace Tool {
+namespace {
+
+void writeError(const QByteArray &text)
+{
+    endProgress();
+    std::fputs(text.constData(), stderr);
+}
+
+bool progressShown = false; // main thread only
+
+bool writeOut(const QByteArray &bytes)
+{
+    const auto size = static_cast<std::size_t>(bytes.size());
+    return std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+}
+
+} // namespace
+
+bool printLine(const QString &text)
+{
+    endProgress();
+    return writeOut(text.toUtf8() + '\n');
+}
+
+bool printJson(const QJsonDocument &document, QJsonDocument::JsonFormat format)
+{
+    endProgress();
+    const QByteArray json = document.toJson(format);
+    return writeOut(json.endsWith('\n') ? json : json + '\n');
+}
+
+void printError(const QString &text)
+{
+    writeError("ocelle: " + text.toUtf8() + '\n');
+}
+
+void printNote(const QString &text)
+{
+    writeError(text.toUtf8() + '\n');
+}
+
+bool progressIsLive()
+{
+    static const bool live = isatty(STDERR_FILENO) != 0;
+    return live;
+}
+
+void printProgress(const QString &text)
+{
+    if (!progressIsLive()) {
+        printNote(text);
+        return;
+    }
+    std::fputs(("\r\033[K" + text.toUtf8()).constData(), stderr);
+    progressShown = true;
+}
+
+void endProgress()
+{
+    if (progressShown)
+        std::fputc('\n', stderr);
+    progressShown = false;
+}
+
+} // namespace Tool

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QJsonDocument>
+#include <QString>
+
+namespace Tool {
+
+/*! Writes \a text and a line feed to standard output at once; false if that failed. */
+bool printLine(const QString &text);
+
+/*! The same for a whole document, indented or in one line. */
+bool printJson(const QJsonDocument &document, QJsonDocument::JsonFormat format);
+
+/*! One line on standard error that says what went wrong. */
+void printError(const QString &text);
+
+/*! One line on standard error that is good to know. */
+void printNote(const QString &text);
+
+/*!
+ * How far a long run has come, on standard error: a line that keeps changing on a terminal, else
+ * a line of its own.
+ */
+void printProgress(const QString &text);
+void endProgress();
+bool progressIsLive();
+
+} // namespace Tool

@@ -1,0 +1,66 @@
+#include "environment.h"
+
+#include "console.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+namespace Tool {
+namespace {
+
+// Qt's own words that help nobody here: it writes every camera error as a warning too, the one that
+// stands for success included, and misses a folder that only desktop sessions have.
+constexpr const char *Idle[] = { "Camera error:", "QStandardPaths: XDG_RUNTIME_DIR" };
+
+void writeMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    Q_UNUSED(type)
+    Q_UNUSED(context)
+    for (const char *words : Idle) {
+        if (message.startsWith(QLatin1String(words)))
+            return;
+    }
+    printError(message);
+}
+
+} // namespace
+
+void prepareEnvironment()
+{
+    if (!qEnvironmentVariableIsSet("QT_MULTIMEDIA_PREFERRED_PLUGINS"))
+        qputenv("QT_MULTIMEDIA_PREFERRED_PLUGINS", "ocelle");
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        QByteArray platforms; // tried in this order
+        if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+            platforms += "wayland;";
+        if (!qEnvironmentVariableIsEmpty("DISPLAY"))
+            platforms += "xcb;";
+        qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
+    }
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false")); // QT_LOGGING_RULES prevails
+    qInstallMessageHandler(writeMessage);
+}
+
+void addPluginFolder()
+{
+    const QDir program(QCoreApplication::applicationDirPath());
+    for (const QString &folder :
+         { QStringLiteral("../plugins"), QStringLiteral(OCELLE_INSTALLED_PLUGINS) }) {
+        const QString path = QDir::cleanPath(program.absoluteFilePath(folder));
+        if (QFileInfo::exists(path + QLatin1String("/mediaservice/libocellebridge.so"))) {
+            QCoreApplication::addLibraryPath(path);
+            return;
+        }
+    }
+}
+
+bool hasDisplay()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+} // namespace Tool

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace Tool {
+
+/*!
+ * Before the application object: has Qt prefer this project's camera plugin, unless the environment
+ * names others, and fall back to no display where there is none.
+ */
+void prepareEnvironment();
+
+/*!
+ * After it: adds this project's plugin folder, found from the program's own place in the build tree
+ * or in the installed one.
+ */
+void addPluginFolder();
+
+/*! Whether there is a display to open a window on. */
+bool hasDisplay();
+
+} // namespace Tool

@@ -1,0 +1,32 @@
+#include "commandline.h"
+#include "environment.h"
+#include "listcommand.h"
+#include "previewcommand.h"
+#include "watchcommand.h"
+
+#include <QGuiApplication>
+
+int main(int argc, char *argv[])
+{
+    int exitCode = Tool::Success;
+    const auto commandLine = Tool::parseCommandLine(argc, argv, &exitCode);
+    if (!commandLine)
+        return exitCode;
+
+    Tool::prepareEnvironment();
+    int qtArgc = 1; // the arguments are not Qt's
+    QGuiApplication application(qtArgc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("ocelle"));
+    QGuiApplication::setQuitOnLastWindowClosed(false); // closing the window ends the preview itself
+    Tool::addPluginFolder();
+
+    switch (commandLine->command) {
+    case Tool::CommandLine::Command::List:
+        return Tool::listCameras(commandLine->json);
+    case Tool::CommandLine::Command::Watch:
+        return Tool::WatchCommand(commandLine->json).run();
+    case Tool::CommandLine::Command::Preview:
+        return Tool::PreviewCommand(commandLine->preview).run();
+    }
+    return Tool::Failure;
+}
