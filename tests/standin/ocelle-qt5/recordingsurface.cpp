@@ -29,7 +29,7 @@ bool RecordingSurface::start(const QVideoSurfaceFormat &format)
     record("start");
     {
         Lock lock(m_mutex);
-        m_started.append(format);
+        m_started.push_back(format);
     }
     if (onStart)
         onStart();
@@ -49,9 +49,9 @@ bool RecordingSurface::present(const QVideoFrame &frame)
     record("present");
     {
         Lock lock(m_mutex);
-        m_startTimes.append(frame.startTime());
+        m_startTimes.push_back(frame.startTime());
         if (keepFrames)
-            m_frames.append(frame);
+            m_frames.push_back(frame);
     }
     return onPresent ? onPresent(frame) : true;
 }
@@ -59,31 +59,34 @@ bool RecordingSurface::present(const QVideoFrame &frame)
 int RecordingSurface::presented() const
 {
     Lock lock(m_mutex);
-    return m_startTimes.size();
+    return int(m_startTimes.size());
 }
 
 QList<qint64> RecordingSurface::startTimes() const
 {
     Lock lock(m_mutex);
-    return m_startTimes;
+    return { m_startTimes.begin(), m_startTimes.end() };
 }
 
 QList<QVideoFrame> RecordingSurface::frames() const
 {
     Lock lock(m_mutex);
-    return m_frames;
+    return { m_frames.begin(), m_frames.end() };
 }
 
 QList<QVideoSurfaceFormat> RecordingSurface::started() const
 {
     Lock lock(m_mutex);
-    return m_started;
+    return { m_started.begin(), m_started.end() };
 }
 
 QStringList RecordingSurface::calls() const
 {
     Lock lock(m_mutex);
-    return m_calls;
+    QStringList calls;
+    for (const char *const call : m_calls)
+        calls.append(QLatin1String(call));
+    return calls;
 }
 
 std::vector<const QThread *> RecordingSurface::threads() const
@@ -96,6 +99,6 @@ void RecordingSurface::record(const char *call) const
 {
     Lock lock(m_mutex);
     if (call)
-        m_calls.append(QLatin1String(call));
+        m_calls.push_back(call);
     m_threads.push_back(QThread::currentThread());
 }

@@ -14,7 +14,7 @@ class QThread;
 /*!
  * A surface that takes what the test says and records what happens to it.
  *
- * Threads: recorded facts may be read on any; the script is set before the surface is used, or on
+ * Threads: answers are copies that share nothing with the surface. Recorded facts may be read on any; the script is set before the surface is used, or on
  *          its thread.
  */
 class RecordingSurface : public QAbstractVideoSurface
@@ -55,9 +55,9 @@ private:
     void record(const char *call) const;
 
     mutable std::mutex m_mutex; // guards all below
-    QList<qint64> m_startTimes;
-    QList<QVideoFrame> m_frames;
-    QList<QVideoSurfaceFormat> m_started;
-    mutable QStringList m_calls;
+    std::vector<qint64> m_startTimes;
+    std::vector<QVideoFrame> m_frames;
+    std::vector<QVideoSurfaceFormat> m_started;
+    mutable std::vector<const char *> m_calls;
     mutable std::vector<const QThread *> m_threads;
 };

@@ -6,7 +6,7 @@
 
 SurfaceThread::SurfaceThread()
 {
-    m_worker.moveToThread(&m_thread);
+    m_runner.moveToThread(&m_thread);
     m_thread.start();
     run([this] { m_surface = new RecordingSurface; });
 }
@@ -20,12 +20,7 @@ SurfaceThread::~SurfaceThread()
 
 void SurfaceThread::run(const std::function<void()> &work)
 {
-    QSemaphore done;
-    QMetaObject::invokeMethod(&m_worker, [&] {
-        work();
-        done.release();
-    });
-    done.acquire();
+    m_runner.run(work);
 }
 
 void SurfaceThread::destroySurface()

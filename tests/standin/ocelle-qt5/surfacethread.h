@@ -1,5 +1,6 @@
 #pragma once
 
+#include "jobrunner.h"
 #include "recordingsurface.h"
 
 #include <QThread>
@@ -25,6 +26,6 @@ public:
 
 private:
     QThread m_thread;
-    QObject m_worker; // lives on m_thread
+    JobRunner m_runner; // lives on m_thread
     RecordingSurface *m_surface = nullptr;
 };

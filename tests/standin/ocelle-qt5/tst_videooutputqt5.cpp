@@ -1,9 +1,9 @@
+#include "gate.h"
 #include "recordingsurface.h"
 #include "surfacethread.h"
 #include "testpicture.h"
 #include "videooutputstatistics.h"
 
-#include <QSemaphore>
 #include <QtTest>
 
 #include <ocelle/videooutputqt5.h>
@@ -113,8 +113,8 @@ void TestVideoOutputQt5::deliveryDoesNotWaitForTheSurface()
 {
     SurfaceThread there;
     RecordingSurface *const surface = there.surface();
-    QSemaphore entered;
-    QSemaphore leave;
+    Gate entered;
+    Gate leave;
     surface->onPresent = [&](const QVideoFrame &) {
         entered.release();
         leave.acquire();
