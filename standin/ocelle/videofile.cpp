@@ -235,14 +235,14 @@ bool VideoFile::seekToStart()
     m_inPass = std::chrono::nanoseconds(0);
     m_hasFirstStamp = false;
 
-    int sought;
-    if (m_container->iformat->flags & AVFMT_NOTIMESTAMPS) {
-        sought = av_seek_frame(m_container, -1, 0, AVSEEK_FLAG_BYTE);
-    } else {
-        const std::int64_t start =
-                m_container->start_time == AV_NOPTS_VALUE ? 0 : m_container->start_time;
-        sought = avformat_seek_file(m_container, -1, INT64_MIN, start, start, 0);
-    }
+    // Where a file has no index, its beginning is found most surely by the byte.
+    const int flags = m_container->iformat->flags;
+    const bool byByte =
+            flags & (AVFMT_NOTIMESTAMPS | AVFMT_TS_DISCONT) && !(flags & AVFMT_NO_BYTE_SEEK);
+    const std::int64_t start =
+            m_container->start_time == AV_NOPTS_VALUE ? 0 : m_container->start_time;
+    const int sought = byByte ? av_seek_frame(m_container, -1, 0, AVSEEK_FLAG_BYTE)
+                              : avformat_seek_file(m_container, -1, INT64_MIN, start, start, 0);
     if (sought >= 0)
         return true;
     avformat_close_input(&m_container); // some kinds of file have no other way back
