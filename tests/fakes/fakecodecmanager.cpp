@@ -1,8 +1,12 @@
 #include "fakecodecmanager.h"
 
 #include "calllog.h"
+#include "fakeencoderscript.h"
+#include "fakevideoencoder.h"
 
 #include <QString>
+
+#include <algorithm>
 
 using namespace Veltra::Ocelle;
 
@@ -27,7 +31,8 @@ bool FakeCodecManager::prepare()
 bool FakeCodecManager::isEncoderSupported(CodecType type, bool flag)
 {
     log("isEncoderSupported", type, flag);
-    return false;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_encoderTypes.count(type) > 0;
 }
 
 bool FakeCodecManager::isDecoderSupported(CodecType type, bool flag)
@@ -39,7 +44,13 @@ bool FakeCodecManager::isDecoderSupported(CodecType type, bool flag)
 std::shared_ptr<VideoEncoder> FakeCodecManager::createVideoEncoder(CodecType type, int flags)
 {
     log("createVideoEncoder", type, flags != 0);
-    return {};
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_encoderScript || m_encoderScript->createFails)
+        return {};
+    const auto encoder = std::make_shared<FakeVideoEncoder>(static_cast<int>(m_encoders.size()) + 1,
+                                                            m_encoderScript);
+    m_encoders.push_back(encoder);
+    return encoder;
 }
 
 std::shared_ptr<VideoDecoder> FakeCodecManager::createVideoDecoder(CodecType type, int flags)
@@ -60,4 +71,31 @@ void FakeCodecManager::add(const std::string &name, CodecType type, bool isEncod
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_codecs.push_back({ type, isEncoder, name, 0, maxInstances, isHardwareAccelerated });
+}
+
+void FakeCodecManager::supportEncoder(CodecType type)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_encoderTypes.insert(type);
+}
+
+std::shared_ptr<FakeEncoderScript> FakeCodecManager::giveEncoders()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_encoderScript)
+        m_encoderScript = std::make_shared<FakeEncoderScript>();
+    return m_encoderScript;
+}
+
+std::shared_ptr<FakeVideoEncoder> FakeCodecManager::encoder() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_encoders.empty() ? nullptr : m_encoders.back().lock();
+}
+
+int FakeCodecManager::heldEncoders() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<int>(std::count_if(m_encoders.begin(), m_encoders.end(),
+                                          [](const auto &encoder) { return !encoder.expired(); }));
 }

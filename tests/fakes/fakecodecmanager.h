@@ -4,11 +4,16 @@
 
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
+class FakeEncoderScript;
+class FakeVideoEncoder;
+
 /*!
- * A codec manager with a scripted list and no codec to give. It is called "codecs" in the log.
+ * A codec manager with a scripted list, that gives encoders where it has a script for them. It is
+ * called "codecs" in the log.
  *
  * Threads: any thread.
  */
@@ -28,7 +33,18 @@ public:
     void add(const std::string &name, Veltra::Ocelle::CodecType type, bool isEncoder,
              int maxInstances = 1, bool isHardwareAccelerated = false);
 
+    /*! Has an encoder of \a type supported, whatever the flag. */
+    void supportEncoder(Veltra::Ocelle::CodecType type);
+    /*! Gives encoders from now on, which follow the script. */
+    std::shared_ptr<FakeEncoderScript> giveEncoders();
+    /*! The encoder given last, while anybody holds it. */
+    std::shared_ptr<FakeVideoEncoder> encoder() const;
+    int heldEncoders() const;
+
 private:
-    mutable std::mutex m_mutex; // guards m_codecs
+    mutable std::mutex m_mutex; // guards the members below
     std::vector<Veltra::Ocelle::VideoCodecInfo> m_codecs;
+    std::set<Veltra::Ocelle::CodecType> m_encoderTypes; // supported
+    std::shared_ptr<FakeEncoderScript> m_encoderScript;
+    std::vector<std::weak_ptr<FakeVideoEncoder>> m_encoders; // given, oldest first
 };
