@@ -2,6 +2,7 @@
 
 #include "ocellecaptureservice.h"
 #include "ocelledecodeservice.h"
+#include "ocelleencodeservice.h"
 
 #include <QMutexLocker>
 
@@ -106,6 +107,8 @@ QMediaService *OcelleProvider::create(const QString &key)
         return new OcelleCaptureService(this, nullptr);
     if (key == QLatin1String(DecoderService))
         return new OcelleDecodeService(this, nullptr);
+    if (key == QLatin1String(EncoderService))
+        return new OcelleEncodeService(this, nullptr);
     return nullptr;
 }
 

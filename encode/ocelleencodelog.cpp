@@ -1,0 +1,3 @@
+#include "ocelleencodelog.h"
+
+Q_LOGGING_CATEGORY(qLcEncode, "veltra.palaver.encoder.ocelle")
