@@ -1,4 +1,5 @@
 #include "cameraselection.h"
+#include "encode/localencoderfactories.h"
 #include "localcameramanager.h"
 #include "localcodecmanager.h"
 
@@ -18,6 +19,6 @@ Veltra::Ocelle::CameraManager *OcelleManager()
 Veltra::Ocelle::CodecManager *OcelleCodecManager()
 {
     using namespace Veltra::Ocelle;
-    static CodecManager *const manager = new LocalCodecManager;
+    static CodecManager *const manager = new LocalCodecManager(localEncoderFactories(), {});
     return manager;
 }

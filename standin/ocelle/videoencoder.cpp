@@ -1,5 +1,7 @@
 // The parts of the encoder's interface that live in this library.
 
+#include "listenercallscope.h"
+
 #include <ocelle/videoencoder.h>
 
 namespace Veltra {
@@ -11,6 +13,10 @@ VideoEncoder::~VideoEncoder() = default;
 
 void VideoEncoder::lockAndSetListener(VideoEncoderListener *listener)
 {
+    if (ListenerCallScope::isActive(this)) { // from within a callback: this thread has the lock
+        m_listener = listener;
+        return;
+    }
     const std::lock_guard<std::mutex> lock(m_listenerMutex);
     m_listener = listener;
 }

@@ -1,0 +1,13 @@
+#include "codecopening.h"
+
+namespace Veltra {
+namespace Ocelle {
+
+std::mutex &codecOpening()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
+} // namespace Ocelle
+} // namespace Veltra
