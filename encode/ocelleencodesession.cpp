@@ -290,8 +290,9 @@ void OcelleEncodeSession::onEncoderStarting()
             m_restart = Restart::None;
         settings = m_settings;
     }
-    if (!isRestarting)
-        m_output.finishIfStarted(); // a start came before the worker knew of the stop
+    // A sink that a restart has kept, until a stop called the restart off, ends with that run.
+    if (!isRestarting && m_worker->running())
+        m_output.finishIfStarted();
     if (!m_output.startIfNew(settings))
         qCCritical(qLcEncode) << "videosink does not start";
 }
