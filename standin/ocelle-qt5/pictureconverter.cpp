@@ -5,7 +5,6 @@
 
 #include <libyuv.h>
 
-
 namespace Veltra {
 namespace Ocelle {
 

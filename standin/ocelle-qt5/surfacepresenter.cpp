@@ -122,8 +122,7 @@ void SurfacePresenter::onSupportedFormatsChanged()
 
 void SurfacePresenter::work()
 {
-    if (m_busy) // in an event loop inside a call to the surface: finish() wakes again after it
-        return;
+    // Not to be woken again before finish(), even by an event loop inside a call to the surface.
     PictureMailbox::Task task = m_mailbox->take(this);
     if (!task.current)
         return;
@@ -131,7 +130,7 @@ void SurfacePresenter::work()
     m_busy = true;
     for (const QString &report : std::as_const(task.reports))
         qCWarning(lcVideoOutput).noquote() << report;
-    if (task.stopSurface) {
+    if (self && task.stopSurface) {
         onSupportedFormatsChanged();
         stopSurface();
     }

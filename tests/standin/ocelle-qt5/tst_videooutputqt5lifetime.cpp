@@ -106,6 +106,8 @@ private slots:
     void surfaceDestroyedFromWithinItself();
     void stoppedFromWithinTheSurface_data();
     void stoppedFromWithinTheSurface();
+    void anythingMayHappenFromWithinTheLog_data();
+    void anythingMayHappenFromWithinTheLog();
     void stoppedOnAnotherThreadWhileTheSurfaceStarts();
     void eventLoopInPresentIsNotEnteredTwice();
     void outputDestroyedInEventLoopInPresent();
@@ -138,6 +140,9 @@ void TestVideoOutputQt5Lifetime::surfaceOfAnotherThreadIsStoppedThere_whenTakenA
     QTRY_COMPARE(surface->calls().last(), QStringLiteral("stop"));
     for (const QThread *const thread : surface->threads())
         QCOMPARE(thread, there.thread());
+    int left = -1;
+    there.run([&] { left = surface->children().size(); });
+    QCOMPARE(left, 0);
 }
 
 void TestVideoOutputQt5Lifetime::sameSurfaceAgainChangesNothing()
@@ -546,6 +551,75 @@ void TestVideoOutputQt5Lifetime::stoppedFromWithinTheSurface()
     const VideoOutputStatistics statistics = statisticsOf(surface);
     QCOMPARE(statistics.presented, quint64(surface.presented()));
     QCOMPARE(statistics.presented + statistics.dropped, 3u);
+}
+
+namespace {
+
+std::function<void()> onWarning;
+
+void handleMessage(QtMsgType, const QMessageLogContext &, const QString &)
+{
+    if (const auto action = std::exchange(onWarning, nullptr))
+        action();
+}
+
+} // namespace
+
+void TestVideoOutputQt5Lifetime::anythingMayHappenFromWithinTheLog_data()
+{
+    QTest::addColumn<QString>("cause");
+    QTest::addColumn<QString>("action");
+    for (const char *const cause : { "null", "bad", "unknown", "refused" }) {
+        for (const char *const action :
+             { "stop", "take away", "destroy output", "destroy surface" })
+            QTest::addRow("%s, %s", cause, action)
+                    << QString::fromLatin1(cause) << QString::fromLatin1(action);
+    }
+}
+
+void TestVideoOutputQt5Lifetime::anythingMayHappenFromWithinTheLog()
+{
+    QFETCH(QString, cause);
+    QFETCH(QString, action);
+    auto surface = std::make_unique<RecordingSurface>();
+    auto output = std::make_unique<VideoOutputQt5>();
+    output->setVideoSurface(surface.get());
+    output->onGraphicBuffer(makeDecoded(1));
+    QTRY_COMPARE(surface->presented(), 1);
+
+    bool done = false;
+    onWarning = [&] {
+        if (action == QLatin1String("stop"))
+            output->stop();
+        else if (action == QLatin1String("take away"))
+            output->setVideoSurface(nullptr);
+        else if (action == QLatin1String("destroy output"))
+            output.reset();
+        else
+            surface.reset();
+        done = true;
+    };
+    auto picture = makeDecoded(2);
+    if (cause == QLatin1String("null"))
+        picture.reset();
+    else if (cause == QLatin1String("bad"))
+        picture->planeCount = 0;
+    else if (cause == QLatin1String("unknown"))
+        picture->format = PixelFormat(99);
+    else
+        surface->accepts = [](const QVideoSurfaceFormat &format) { return !format.isMirrored(); };
+    output->setMirrored(cause == QLatin1String("refused"));
+    const QtMessageHandler handler = qInstallMessageHandler(handleMessage);
+    output->onGraphicBuffer(picture);
+    output->setMirrored(false);
+    output->onGraphicBuffer(makeDecoded(3));
+    handleEvents();
+    qInstallMessageHandler(handler);
+    QVERIFY(done);
+    if (surface) {
+        QCOMPARE(surface->presented(), 1);
+        QVERIFY(!surface->isActive());
+    }
 }
 
 void TestVideoOutputQt5Lifetime::stoppedOnAnotherThreadWhileTheSurfaceStarts()
