@@ -4,6 +4,9 @@
 #include "foldersource.h"
 #include "log.h"
 #include "patternsource.h"
+#include "udevvideonodes.h"
+#include "v4l2source.h"
+#include "v4l2system.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -17,7 +20,7 @@ namespace {
 
 using Kind = CameraSelection::Kind;
 
-const char Allowed[] = "pattern, file:PATH and dir:PATH are, separated by commas "
+const char Allowed[] = "v4l2, pattern, file:PATH and dir:PATH are, separated by commas "
                        "(\\, for a comma in a path)";
 
 std::string trimmed(const std::string &text)
@@ -58,6 +61,8 @@ std::optional<std::string> pathAfter(const std::string &prefix, const std::strin
 
 std::optional<CameraSelection::Entry> parseEntry(const std::string &text)
 {
+    if (text == "v4l2")
+        return CameraSelection::Entry { Kind::V4l2, {} };
     if (text == "pattern")
         return CameraSelection::Entry { Kind::Pattern, {} };
     if (const auto path = pathAfter("file:", text))
@@ -82,7 +87,7 @@ PixelFormat patternFormatFrom(const char *text)
 CameraSelection CameraSelection::parse(const char *text)
 {
     CameraSelection selection;
-    const std::string all = text ? text : "pattern";
+    const std::string all = text ? text : "v4l2,pattern";
     if (trimmed(all).empty())
         return selection;
     for (const std::string &part : split(all)) {
@@ -108,6 +113,10 @@ std::vector<std::unique_ptr<CameraSource>> selectedSources(const char *cameras,
     std::vector<std::unique_ptr<CameraSource>> sources;
     for (const CameraSelection::Entry &entry : selection.entries) {
         switch (entry.kind) {
+        case Kind::V4l2:
+            sources.push_back(std::make_unique<V4l2Source>(std::make_shared<KernelV4l2System>(),
+                                                           std::make_unique<UdevVideoNodes>()));
+            break;
         case Kind::Pattern:
             sources.push_back(std::make_unique<PatternSource>(format));
             break;

@@ -12,21 +12,22 @@ namespace Ocelle {
 /*!
  * Which camera sources are offered, as the environment variable OCELLE_CAMERAS tells:
  *
+ *     v4l2         the devices that the kernel has drivers for, as they come and go
  *     pattern      two cameras that show a test picture
  *     file:PATH    a video file
  *     dir:PATH     every video file in a folder, as they come and go
  *
  * separated by commas. A comma within a path is written "\,", a backslash before a comma "\\".
- * Blanks around an entry do not count. Unset means "pattern", empty no camera at all. An entry
+ * Blanks around an entry do not count. Unset means "v4l2,pattern", empty no camera at all. An entry
  * given twice counts once.
  */
 struct CameraSelection
 {
-    enum class Kind { Pattern, File, Folder };
+    enum class Kind { V4l2, Pattern, File, Folder };
     struct Entry
     {
         Kind kind;
-        std::string path; // absolute; empty for Kind::Pattern
+        std::string path; // absolute; empty for Kind::V4l2 and Kind::Pattern
 
         bool operator==(const Entry &other) const
         {

@@ -16,7 +16,7 @@ namespace Ocelle {
 struct CameraDescription
 {
     CameraInfo info {};
-    std::vector<CameraCapability> capabilities; // preferred first
+    std::vector<CameraCapability> capabilities; // preferred first; empty while not known
     std::vector<PixelFormat> formats;           // the first one is what it delivers
     std::uint64_t revision = 0; // another one where a different camera has come behind the same id
 };
@@ -37,6 +37,15 @@ public:
 
     /*! The cameras present now, in a stable order. */
     virtual std::vector<CameraDescription> cameras() = 0;
+
+    /*!
+     * What the camera called \a id can do, asked for where cameras() left it out, which it does
+     * where telling takes opening the camera. False where it cannot be told.
+     */
+    virtual bool getCapabilities(const std::string &, std::vector<CameraCapability> &)
+    {
+        return true; // they are as cameras() told
+    }
 
     /*! Has \a changed called after cameras() changed; called once, before anything else. */
     virtual void watch(std::function<void()> changed) = 0;

@@ -32,19 +32,14 @@ bool CaptureRun::start(std::shared_ptr<CaptureRun> previous)
 void CaptureRun::requestStop()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_ending = true;
-    m_error.clear();
-    m_woken.notify_all();
+    end({});
 }
 
 void CaptureRun::fail(const std::string &message)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_ending)
-        return;
-    m_ending = true;
-    m_error = message;
-    m_woken.notify_all();
+    if (!m_ending)
+        end(message);
 }
 
 bool CaptureRun::isActive() const
@@ -64,12 +59,26 @@ void CaptureRun::run()
         m_previous->waitUntilFinished();
     m_previous.reset();
     capture();
-    m_producer.reset();
+    std::unique_ptr<PictureProducer> producer;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        producer.swap(m_producer);
+    }
+    producer.reset();
     reportError();
 
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_finished = true;
     m_done.notify_all();
+}
+
+void CaptureRun::end(const std::string &error)
+{
+    m_ending = true;
+    m_error = error;
+    m_woken.notify_all();
+    if (m_producer)
+        m_producer->wake();
 }
 
 void CaptureRun::capture()

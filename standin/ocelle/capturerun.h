@@ -55,10 +55,13 @@ private:
     bool waitUntil(Pacer::TimePoint due);
     void reportError();
 
+    void end(const std::string &error); // any thread, with m_mutex
+
     const std::shared_ptr<Gate> m_gate;
     const std::shared_ptr<CameraCounters> m_counters;
-    std::unique_ptr<PictureProducer> m_producer; // capture thread once started
-    std::shared_ptr<CaptureRun> m_previous;      // the same
+    std::unique_ptr<PictureProducer>
+            m_producer;                     // capture thread once started; changed with m_mutex
+    std::shared_ptr<CaptureRun> m_previous; // the same
 
     std::atomic<bool> m_ending { false }; // written under m_mutex, read anywhere
 

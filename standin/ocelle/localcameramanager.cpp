@@ -59,7 +59,7 @@ bool LocalCameraManager::getCameraCapabilities(const CameraInfo &info,
     if (!entry)
         return false;
     caps = entry->camera.capabilities;
-    return true;
+    return !caps.empty() || entry->source->getCapabilities(info.id, caps);
 }
 
 std::shared_ptr<Camera> LocalCameraManager::openCamera(const std::string &id)

@@ -15,7 +15,7 @@ namespace Ocelle {
 /*!
  * Makes the pictures of one capture, from its start to its stop.
  *
- * Threads: made on any thread, then used and destroyed on the capture thread.
+ * Threads: made on any thread, then used and destroyed on the capture thread, but for wake().
  * Owner:   the capture.
  * Units:   time since the first picture in nanoseconds, timestamps in microseconds.
  * Errors:  error() tells in a sentence for people why next() or picture() came back empty.
@@ -41,6 +41,9 @@ public:
 
     /*! Why it cannot go on; empty while it can. */
     virtual std::string error() const = 0;
+
+    /*! Any thread: makes a next() that waits look at its \a stop now. It returns at once. */
+    virtual void wake() {}
 };
 
 } // namespace Ocelle

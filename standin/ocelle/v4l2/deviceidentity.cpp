@@ -123,8 +123,10 @@ std::string serialId(const VideoNode &node)
 std::string pathId(const VideoNode &node)
 {
     const std::string &path = node.property("ID_PATH");
-    return Prefix + cleaned(path.empty() ? placeInSysfs(node.sysPath) : path) +
-           nodeSuffix(node, false);
+    const std::string place = cleaned(path.empty() ? placeInSysfs(node.sysPath) : path);
+    // A built-in device may have several equal cameras, which only their names tell apart.
+    const std::string name = mayTellMounting(node) ? cleaned(node.attribute("name")) : Nothing;
+    return Prefix + place + (name.empty() ? name : ':' + name) + nodeSuffix(node, false);
 }
 
 std::string displayName(const VideoNode &node)

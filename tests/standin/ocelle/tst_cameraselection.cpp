@@ -12,7 +12,7 @@ class TestCameraSelection : public QObject
 private slots:
     void parse_takesEveryKindOfEntry_data();
     void parse_takesEveryKindOfEntry();
-    void parse_unset_meansPattern();
+    void parse_unset_meansDevicesAndPattern();
     void parse_namesEachWrongEntryOnce_andKeepsTheOthers();
     void parse_makesPathsAbsolute();
     void selectedSources_writesOneLineForEachWrongEntry();
@@ -27,7 +27,7 @@ QString TestCameraSelection::toText(const CameraSelection &selection)
 {
     QStringList texts;
     for (const CameraSelection::Entry &entry : selection.entries) {
-        const char *const kinds[] = { "pattern", "file", "folder" };
+        const char *const kinds[] = { "v4l2", "pattern", "file", "folder" };
         texts += QString(kinds[int(entry.kind)]) + '=' + QString::fromStdString(entry.path);
     }
     return texts.join('|');
@@ -37,6 +37,7 @@ void TestCameraSelection::parse_takesEveryKindOfEntry_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
+    QTest::newRow("devices") << QByteArray("v4l2") << "v4l2=";
     QTest::newRow("pattern") << QByteArray("pattern") << "pattern=";
     QTest::newRow("empty") << QByteArray("") << "";
     QTest::newRow("blank") << QByteArray("  ") << "";
@@ -60,9 +61,9 @@ void TestCameraSelection::parse_takesEveryKindOfEntry()
     QVERIFY(selection.errors.empty());
 }
 
-void TestCameraSelection::parse_unset_meansPattern()
+void TestCameraSelection::parse_unset_meansDevicesAndPattern()
 {
-    QCOMPARE(toText(CameraSelection::parse(nullptr)), QString("pattern="));
+    QCOMPARE(toText(CameraSelection::parse(nullptr)), QString("v4l2=|pattern="));
 }
 
 void TestCameraSelection::parse_namesEachWrongEntryOnce_andKeepsTheOthers()

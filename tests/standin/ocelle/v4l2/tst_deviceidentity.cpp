@@ -53,6 +53,7 @@ private slots:
     void serialId_tellsTheCamerasOfOneDeviceApart();
     void pathId_comesFromSysfs_whenThereIsNoUdevDaemon();
     void pathId_doesNotDependOnTheNodesNumber();
+    void pathId_tellsEqualCamerasOfOneDeviceApart();
     void displayName_isValidText_data();
     void displayName_isValidText();
     void mayTellMounting_isFalse_forUsb();
@@ -95,7 +96,7 @@ void TestDeviceIdentity::serialId_tellsTheCamerasOfOneDeviceApart()
 
 void TestDeviceIdentity::pathId_comesFromSysfs_whenThereIsNoUdevDaemon()
 {
-    QCOMPARE(pathId(platformCamera()), std::string("v4l2:platform/camera.0"));
+    QCOMPARE(pathId(platformCamera()), std::string("v4l2:platform/camera.0:camera-000-capture"));
 }
 
 void TestDeviceIdentity::pathId_doesNotDependOnTheNodesNumber()
@@ -104,6 +105,13 @@ void TestDeviceIdentity::pathId_doesNotDependOnTheNodesNumber()
     other.sysPath = "/sys/devices/platform/camera.0/video4linux/video12";
     other.node = "/dev/video12";
     QCOMPARE(pathId(other), pathId(platformCamera()));
+}
+
+void TestDeviceIdentity::pathId_tellsEqualCamerasOfOneDeviceApart()
+{
+    VideoNode other = platformCamera();
+    other.attributes["name"] = "camera-001-capture";
+    QVERIFY(pathId(other) != pathId(platformCamera()));
 }
 
 void TestDeviceIdentity::displayName_isValidText_data()

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "camerasource.h"
+#include "capturecontrol.h"
+#include "devicequery.h"
+#include "v4l2producer.h"
+#include "v4l2system.h"
+#include "videonodes.h"
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace Veltra {
+namespace Ocelle {
+
+/*!
+ * The cameras that the kernel has a driver for.
+ *
+ * A camera's id is that of the device, from its serial number, where it has one that no other
+ * device here has, else that of the place where it is plugged in.
+ *
+ * Listing opens a device only for what udev does not know: whether it is a camera at all, where
+ * udev's daemon has not looked, and where it is mounted, which only built-in cameras know. It is
+ * asked once after it was plugged in, on this source's own thread. The capabilities of others are
+ * asked for when the camera is opened, or by capabilities() before that.
+ *
+ * Threads: any; its own one, named "OcelleV4l2", lists and watches.
+ * Owner:   the camera manager.
+ */
+class V4l2Source final : public CameraSource
+{
+public:
+    V4l2Source(std::shared_ptr<V4l2System> system, std::unique_ptr<VideoNodes> nodes,
+               V4l2Producer::Patience patience = {});
+    ~V4l2Source() override;
+
+    // These wait for the first listing, but not for long
+    std::vector<CameraDescription> cameras() override;
+    void watch(std::function<void()> changed) override;
+    std::shared_ptr<Camera> open(const std::string &id) override;
+    bool getCapabilities(const std::string &id, std::vector<CameraCapability> &all) override;
+
+private:
+    struct Device
+    {
+        VideoNode node;
+        std::string id;
+        std::shared_ptr<const DeviceAnswers> answers; // empty while it was not asked
+        std::vector<std::weak_ptr<CaptureControl>> opened;
+    };
+    using Devices = std::vector<Device>;
+
+    // Any thread
+    static CameraDescription describe(const Device &device);
+    static Device *find(Devices &devices, const VideoNode &node);
+    std::unique_lock<std::mutex> lockListed(); // m_mutex, once there is a list
+    bool findCamera(const std::string &id, Device &found);
+    bool ask(Device &device, const OpenDevice &opened);
+    void report(const Device &device, const V4l2Trouble &trouble) const;
+    std::shared_ptr<CaptureControl> makeControl(const Device &device) const;
+    bool addOpened(const Device &device, const std::shared_ptr<CaptureControl> &control);
+
+    // Its own thread
+    void run();
+    bool waitForChange();
+    bool list();
+    Devices collect(const Devices &before);
+    bool isCamera(Device &device) const;
+    void assignId(Device &device, const Devices &others);
+
+    const std::shared_ptr<V4l2System> m_system;
+    const std::unique_ptr<VideoNodes> m_nodes;
+    const V4l2Producer::Patience m_patience;
+    const WakeUp m_quit;
+    std::function<void()> m_changed;
+    std::set<std::string> m_sharedSerials; // that several devices have; its own thread
+
+    std::mutex m_mutex; // guards what follows; never held while a device is asked
+    std::condition_variable m_listedFirst;
+    bool m_listed = false;
+    Devices m_devices; // those that are offered
+
+    std::thread m_thread;
+};
+
+} // namespace Ocelle
+} // namespace Veltra

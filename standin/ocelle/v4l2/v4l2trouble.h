@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+
+namespace Veltra {
+namespace Ocelle {
+
+/*! What of a device did not work, and which error the system gave. */
+struct V4l2Trouble
+{
+    std::string operation; // the middle of a sentence, as "does not open"
+    int error = 0;         // errno; 0 where the reason is a text
+    std::string reason;    // instead of the error's own text
+
+    /*!
+     * A sentence that names the camera, the operation, the reason and, where there is one, the
+     * remedy. \a holder tells who has the device, empty where that is not known.
+     */
+    std::string sentence(const std::string &name, const std::string &node,
+                         const std::string &holder) const;
+    bool isBusy() const;
+    bool isGone() const;
+};
+
+/*!
+ * The processes that have \a node open, as "cheese" (process 4711), as far as this user may see
+ * that. Looks at all processes, which takes its time. \a procFolder is "/proc" outside of tests.
+ */
+std::string holdersOf(const std::string &node, const std::string &procFolder = "/proc");
+
+/*! Which group's members may open \a node, as the end of a sentence; empty where none may. */
+std::string groupRemedy(const std::string &node);
+
+} // namespace Ocelle
+} // namespace Veltra
