@@ -1,5 +1,6 @@
 #include "ocelleworkerthread.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 
 #include <utility>
@@ -35,9 +36,18 @@ void OcelleWorkerThread::quit()
 void OcelleWorkerThread::waitServingEvents()
 {
     while (!m_thread.wait(1)) {
+        if (!QCoreApplication::instance()) {
+            // Gone already, and without it no thread is given events: neither would a status reach
+            // the relay nor the worker get to quit.
+            QCoreApplication::removePostedEvents(&m_relay);
+            m_thread.quit();
+            continue;
+        }
+        // While an event is handled further up the stack, the dispatcher takes those posted before
+        // that for seen, a status among them. Waking it has it look again.
+        if (QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance())
+            dispatcher->wakeUp();
         QCoreApplication::processEvents(QEventLoop::AllEvents, 1000);
-        if (!QCoreApplication::instance()) // it is gone already; nobody else serves the relay
-            QCoreApplication::sendPostedEvents(&m_relay);
     }
 }
 
