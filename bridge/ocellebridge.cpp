@@ -1,9 +1,25 @@
 #include "ocellebridge.h"
 
+#include <QCameraControl>
+#include <QMediaService>
+
 namespace {
 
 const char QtCameraKey[] = "org.qt-project.qt.camera";
 const char BackendCameraKey[] = "veltra.palaver.camera";
+
+/*!
+ * Has \a service say nothing more through its camera control. A service is given back while its
+ * QCamera is being destroyed, when parts of what listens to that are gone already: QML's Camera has
+ * deleted its exposure and focus objects by then, which Qt does not disconnect.
+ */
+void silence(QMediaService *service)
+{
+    if (QMediaControl *const control = service->requestControl(QCameraControl_iid)) {
+        control->blockSignals(true);
+        service->releaseControl(control);
+    }
+}
 
 } // namespace
 
@@ -40,6 +56,7 @@ void OcelleBridge::release(QMediaService *service)
     QMediaServiceProviderPlugin *const backend = m_loader.backend();
     if (!service || !backend)
         return; // without a back end no service was ever handed out
+    silence(service);
     backend->release(service);
     --m_services;
 }
