@@ -33,8 +33,14 @@ public:
      */
     TimePoint schedule(Duration offset, TimePoint ready, Duration work);
 
-    /*! Whether a picture due at \a due is past delivering at \a now: the following one is due. */
-    bool isLate(TimePoint due, TimePoint now) const { return now > due + m_period; }
+    /*!
+     * Whether a picture due at \a due is past delivering at \a now: the following one is due. The
+     * first picture never is.
+     */
+    bool isLate(TimePoint due, TimePoint now) const
+    {
+        return due != m_start && now > due + m_period;
+    }
 
 private:
     const Duration m_period;

@@ -1,5 +1,6 @@
 #include "recordinglistener.h"
 
+#include <algorithm>
 #include <utility>
 
 void RecordingListener::onCameraFrame(Buffer buffer)
@@ -31,6 +32,18 @@ int RecordingListener::frames() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return int(m_stamps.size());
+}
+
+std::int64_t RecordingListener::drift(double rate) const
+{
+    const std::vector<Stamp> all = stamps();
+    double earliest[2] = { 1e12, 1e12 };
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const double due = double(all[i].sequence) * 1e6 / rate;
+        double &half = earliest[i < all.size() / 2 ? 0 : 1];
+        half = std::min(half, double(all[i].timestamp - all[0].timestamp) - due);
+    }
+    return std::int64_t(earliest[1] - earliest[0]);
 }
 
 std::vector<RecordingListener::Stamp> RecordingListener::stamps() const

@@ -37,6 +37,12 @@ public:
     void onCameraParameterChanged(Veltra::Ocelle::CameraParameter, const std::string &) override {}
 
     int frames() const;
+    /*!
+     * How much later the pictures came in the second half of the time than in the first, measured
+     * by the most punctual one of each, against a steady \a rate in pictures per second. In
+     * microseconds; a busy machine makes single pictures late, a clock that drifts makes all.
+     */
+    std::int64_t drift(double rate) const;
     std::vector<Stamp> stamps() const;
     std::vector<std::string> errors() const;
     std::vector<Buffer> buffers() const;

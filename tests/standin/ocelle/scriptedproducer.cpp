@@ -41,3 +41,25 @@ std::shared_ptr<GraphicBuffer> ScriptedProducer::picture(std::uint64_t sequence,
     picture->timestamp = timestamp;
     return picture;
 }
+
+std::shared_ptr<CaptureControl> scriptedControl(const std::string &id,
+                                                const std::shared_ptr<ProducerScript> &script)
+{
+    CameraDescription description;
+    description.info.id = id;
+    description.info.name = "Test";
+    description.capabilities = { Offered };
+    description.formats = { PixelFormat::YU12 };
+    return std::make_shared<CaptureControl>(description, [script](const CameraCapability &) {
+        return std::make_unique<ScriptedProducer>(script);
+    });
+}
+
+CameraStatistics statisticsOf(const std::string &id)
+{
+    for (const CameraStatistics &statistics : cameraStatistics()) {
+        if (statistics.id == id)
+            return statistics;
+    }
+    return {};
+}

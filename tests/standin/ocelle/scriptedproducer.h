@@ -1,6 +1,8 @@
 #pragma once
 
 #include "bufferpool.h"
+#include "camerastatistics.h"
+#include "capturecontrol.h"
 #include "picturememory.h"
 #include "pictureproducer.h"
 
@@ -13,7 +15,7 @@
 /*! What ScriptedProducers do, and what they did. Set before capture starts; read by any thread. */
 struct ProducerScript
 {
-    std::chrono::nanoseconds period = std::chrono::milliseconds(2);
+    std::chrono::nanoseconds period = std::chrono::milliseconds(5);
     int endAfter = -1;            // pictures, then the error; never if negative
     std::string error;            // of the end
     bool failToFill = false;      // picture() fails with the error
@@ -42,3 +44,13 @@ private:
     std::string m_error;
     int m_next = 0;
 };
+
+/*! What a scripted camera offers. */
+constexpr Veltra::Ocelle::CameraCapability Offered { 16, 16, 500 };
+
+/*! The control of a camera called "Test" that plays \a script. */
+std::shared_ptr<Veltra::Ocelle::CaptureControl>
+scriptedControl(const std::string &id, const std::shared_ptr<ProducerScript> &script);
+
+/*! Those of the camera called \a id; all zero where there is none. */
+Veltra::Ocelle::CameraStatistics statisticsOf(const std::string &id);

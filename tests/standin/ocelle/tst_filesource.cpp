@@ -80,26 +80,24 @@ void TestFileSource::pictures_comeInOrder_overAndOver_atTheFilesRate()
 {
     const auto files = source("plain.mkv");
     const std::shared_ptr<Camera> camera = open(*files);
-    RecordingListener listener;
-    std::atomic<int> wrong { 0 };
-    listener.onFrame = [&](RecordingListener::Buffer &buffer) {
-        if (numberIn(*buffer) != int(buffer->sequence % 12) || !buffer->live)
-            ++wrong;
-    };
-    camera->setListener(&listener);
-    QVERIFY(camera->startCapture({ 320, 240, 30 }, 255));
-    QTRY_VERIFY_WITH_TIMEOUT(listener.frames() >= 50, 20000);
-    camera->stopCapture();
-    QCOMPARE(wrong.load(), 0);
-
-    // Whoever was late on a busy machine, the pictures that were not keep to the clock.
-    const auto stamps = listener.stamps();
-    std::int64_t best = 1000000;
-    for (std::size_t i = stamps.size() / 2; i < stamps.size(); ++i) {
-        const auto due = std::int64_t((stamps[i].sequence - stamps[0].sequence) * 1000000 / 30);
-        best = std::min(best, qAbs(stamps[i].timestamp - stamps[0].timestamp - due));
+    std::int64_t drift = 1000000;
+    for (int attempt = 0; attempt < 5 && qAbs(drift) >= 5000;
+         ++attempt) { // others use this machine
+        RecordingListener listener;
+        std::atomic<int> wrong { 0 };
+        listener.onFrame = [&](RecordingListener::Buffer &buffer) {
+            if (numberIn(*buffer) != int(buffer->sequence % 12) || !buffer->live)
+                ++wrong;
+        };
+        camera->setListener(&listener);
+        QVERIFY(camera->startCapture({ 320, 240, 30 }, 255));
+        QTRY_VERIFY_WITH_TIMEOUT(listener.frames() >= 50, 20000);
+        camera->stopCapture();
+        camera->setListener(nullptr);
+        QCOMPARE(wrong.load(), 0);
+        drift = listener.drift(30);
     }
-    QVERIFY2(best < 8000, qPrintable(QString("%1 us").arg(best)));
+    QVERIFY2(qAbs(drift) < 5000, qPrintable(QString("%1 us in a second").arg(drift)));
 }
 
 void TestFileSource::scaledPictures_showTheSame_data()

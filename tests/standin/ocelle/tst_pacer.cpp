@@ -41,10 +41,13 @@ void TestPacer::laterPictures_areCountedFromTheFirst_howeverLateOthersWere()
 
 void TestPacer::picture_isLate_onceTheNextIsDue()
 {
-    const Pacer pacer(40ms, 1s);
-    QVERIFY(!pacer.isLate(m_start, m_start));
-    QVERIFY(!pacer.isLate(m_start, m_start + 40ms));
-    QVERIFY(pacer.isLate(m_start, m_start + 41ms));
+    Pacer pacer(40ms, 1s);
+    const Pacer::TimePoint first = pacer.schedule(0ms, m_start, 1ms);
+    QVERIFY(!pacer.isLate(first, m_start + 500ms)); // but for the first one: it is what is there
+    const Pacer::TimePoint second = pacer.schedule(40ms, m_start + 40ms, 1ms);
+    QVERIFY(!pacer.isLate(second, second));
+    QVERIFY(!pacer.isLate(second, second + 40ms));
+    QVERIFY(pacer.isLate(second, second + 41ms));
 }
 
 void TestPacer::sourceThatIsTooSlow_movesTheBeat()
