@@ -175,12 +175,18 @@ private slots:
                "Veltra::Ocelle::CameraManager::reserved8()",
                "Veltra::Ocelle::CameraManager::reserved9()",
                "Veltra::Ocelle::CameraManager::reserved10()", "Veltra::Ocelle::Camera::reserved8()",
-               "Veltra::Ocelle::Camera::reserved9()", "Veltra::Ocelle::Camera::reserved10()" }) {
+               "Veltra::Ocelle::Camera::reserved9()", "Veltra::Ocelle::Camera::reserved10()",
+               "Veltra::Ocelle::VideoDecoder::reserved4()",
+               "Veltra::Ocelle::VideoDecoder::lockAndSetListener("
+               "Veltra::Ocelle::VideoDecoderListener*)",
+               "Veltra::Ocelle::VideoEncoder::lockAndSetListener("
+               "Veltra::Ocelle::VideoEncoderListener*)" }) {
             if (!names.contains(QLatin1String(name)))
                 missing.append(name);
         }
-        for (const char *name : { "CameraManager", "CameraManagerListener", "Camera",
-                                  "CameraListener", "CodecManager" }) {
+        for (const char *name :
+             { "CameraManager", "CameraManagerListener", "Camera", "CameraListener", "CodecManager",
+               "VideoDecoder", "VideoDecoderListener", "VideoEncoder", "VideoEncoderListener" }) {
             const QString type = QStringLiteral("Veltra::Ocelle::") + QLatin1String(name);
             for (const QString &symbol : { "vtable for " + type, "typeinfo for " + type,
                                            type + "::~" + QLatin1String(name) + "()" }) {
@@ -213,7 +219,9 @@ private slots:
         const QStringList names = exported(OCELLE_EXCHANGE_LIBRARY_FILE, true);
         QStringList missing;
         for (const char *name :
-             { "QPVRawVideoSourceControl", "QPVMediaServiceCodecInfoInterface" }) {
+             { "QPVRawVideoSourceControl", "QPVMediaServiceCodecInfoInterface", "QPVDecoder",
+               "QPVEncoder", "QPVDecodeControl", "QPVEncodeControl", "QPVSource", "QPVSink",
+               "QPVEncodedVideoSink", "QPVEncodedVideoSourceControl" }) {
             const QString type = QLatin1String(name);
             for (const QString &symbol :
                  { "vtable for " + type, "typeinfo for " + type, type + "::~" + type + "()" }) {
@@ -221,8 +229,35 @@ private slots:
                     missing.append(symbol);
             }
         }
-        if (!names.contains("QPVRawVideoSourceControl::staticMetaObject"))
-            missing.append("QPVRawVideoSourceControl::staticMetaObject");
+        for (const char *name :
+             { "QPVRawVideoSourceControl::staticMetaObject",
+               "QPVDecoder::staticMetaObject",
+               "QPVEncoder::staticMetaObject",
+               "QPVDecodeControl::staticMetaObject",
+               "QPVEncodeControl::staticMetaObject",
+               "QPVEncodedVideoSourceControl::staticMetaObject",
+               "QPVEncodeControl::statusChanged(QPVEncoder::Status)",
+               "QPVEncodeControl::error(QPVEncoder::Error, QString const&)",
+               "QPVEncodeControl::encodedVideoFrame(QPVEncodedVideoFrame)",
+               "QPVEncodeControl::endOfStream()",
+               "QPVDecodeControl::statusChanged(QPVDecoder::Status)",
+               "QPVDecodeControl::error(QPVDecoder::Error, QString const&)",
+               "QPVDecodeControl::outputFormatChanged(QVideoSurfaceFormat const&)",
+               "QPVSource::sinkActiveChanged(QPVSink*, bool)",
+               "QPVSource::sinkError(QPVSink*)",
+               "QPVEncodedVideoFrame::QPVEncodedVideoFrame()",
+               "QPVEncodedVideoFrame::QPVEncodedVideoFrame(char const*, unsigned long, "
+               "QPVEncodedVideoFrame::MetaData const&)",
+               "QPVEncodedVideoFrame::QPVEncodedVideoFrame(QPVEncodedVideoFrame const&)",
+               "QPVEncodedVideoFrame::operator=(QPVEncodedVideoFrame const&)",
+               "QPVEncodedVideoFrame::~QPVEncodedVideoFrame()",
+               "QPVEncodedVideoFrame::data() const",
+               "QPVEncodedVideoFrame::meta() const",
+               "QPVEncodedVideoFrame::isValid() const",
+               "operator<<(QDebug, QPVEncodedVideoFrame const&)" }) {
+            if (!names.contains(QLatin1String(name)))
+                missing.append(name);
+        }
         QCOMPARE(missing, QStringList());
     }
 
