@@ -96,8 +96,7 @@ bool AvEncoder::openWith(int format, const EncoderSettings &settings, std::strin
     context.bit_rate = settings.bitrate;
     context.rc_max_rate = settings.constantBitrate ? settings.bitrate : 2LL * settings.bitrate;
     context.rc_buffer_size = int(context.rc_max_rate * 6 / 10); // 0.6 s
-    context.flags |= AV_CODEC_FLAG_LOW_DELAY;
-    av_opt_set(context.priv_data, "async_depth", "1", 0); // of some only, as are these
+    av_opt_set(context.priv_data, "async_depth", "1", 0);       // of some only, as are these
     av_opt_set(context.priv_data, "forced-idr", "1", 0);
     av_opt_set(context.priv_data, "rc_mode", settings.constantBitrate ? "CBR" : "VBR", 0);
     if (m_device && !makeDevicePictures(error))

@@ -44,6 +44,7 @@ bool H265Encoder::open(const EncoderSettings &settings, std::string *error)
         const std::lock_guard<std::mutex> lock(codecOpening());
         m_handle = api->encoder_open(param);
     }
+    m_wasOpen = true;
     api->picture_init(param, &m_input);
     api->param_free(param);
     if (!m_handle)
@@ -82,15 +83,17 @@ void H265Encoder::configure(x265_param *param, const EncoderSettings &settings) 
     param->logLevel = X265_LOG_ERROR;
 
     const int rate = settings.bitrate / 1000; // kbit/s, as all of these
-    param->rc.rateControlMode = X265_RC_ABR;
-    param->rc.bitrate = rate;
+    param->rc.vbvMaxBitrate = rate;
     if (settings.constantBitrate) {
-        param->rc.vbvMaxBitrate = rate;
-        param->rc.vbvBufferSize = std::max(1, rate * 6 / 10); // 0.6 s
+        param->rc.rateControlMode = X265_RC_ABR;
+        param->rc.bitrate = rate;
         param->rc.bStrictCbr = 1;
-    } else { // the same on average, with room for the harder pictures
-        param->rc.vbvMaxBitrate = 2 * rate;
-        param->rc.vbvBufferSize = 2 * rate;
+        param->rc.vbvBufferSize = std::max(1, rate * 6 / 10); // 0.6 s
+    } else { // less than the bit rate where that is good enough, more for a second where it is not
+        param->rc.rateControlMode = X265_RC_CRF;
+        param->rc.rfConstant = 20;
+        param->rc.vbvBufferSize = std::max(1, rate * 3 / 2); // 1.5 s
+        param->rc.vbvBufferInit = m_wasOpen ? 0.3 : 0.7;     // each new start takes what is in it
     }
 }
 

@@ -34,6 +34,7 @@ private:
 
     const X265Library &m_library;
     x265_encoder *m_handle = nullptr;
+    bool m_wasOpen = false; // before
     x265_picture m_input;
     x265_picture m_output;
 };

@@ -66,7 +66,7 @@ void VpxEncoder::setConfig(const EncoderSettings &settings)
     m_config.rc_undershoot_pct = 100;
     m_config.rc_overshoot_pct = 100;
     m_config.rc_buf_sz = settings.constantBitrate ? 400 : 1500; // ms, as these
-    m_config.rc_buf_initial_sz = settings.constantBitrate ? 200 : 1000;
+    m_config.rc_buf_initial_sz = settings.constantBitrate ? 200 : 700;
     m_config.rc_buf_optimal_sz = 200;
 }
 
