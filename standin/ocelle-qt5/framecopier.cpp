@@ -4,6 +4,7 @@
 
 #include <libyuv.h>
 
+#include <cstddef>
 #include <limits>
 
 namespace Veltra {
@@ -32,7 +33,7 @@ void gather(const unsigned char *from, int stride, int step, std::uint8_t *to, i
 {
     for (int y = 0; y < height; ++y, from += stride, to += toStride) {
         for (int x = 0; x < width; ++x)
-            to[x] = from[x * step];
+            to[x] = from[std::ptrdiff_t(x) * step];
     }
 }
 

@@ -1,5 +1,6 @@
 #include "picturemailbox.h"
 
+#include "presenterwaker.h"
 #include "surfacepresenter.h"
 
 #include <QCoreApplication>
@@ -10,22 +11,31 @@
 namespace Veltra {
 namespace Ocelle {
 
-void PictureMailbox::deliver(std::shared_ptr<GraphicBuffer> buffer)
+namespace {
+
+constexpr quint64 OverdueAfter = 16; // pictures; half a second at 30 a second
+
+} // namespace
+
+void PictureMailbox::deliver(std::shared_ptr<GraphicBuffer> &&buffer)
 {
-    Picture dropped; // released after the lock: its memory goes back to somebody else's pool
     std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_presenter)
         return;
     countSequence(buffer->sequence);
-    enqueue(std::move(buffer), dropped);
+    if (!buffer->live || !m_wakeUpPending ||
+        !m_queue.exchangeLive(buffer, m_viewport, m_mirrored)) {
+        enqueue(buffer);
+    } else if (++m_exchanged == m_overdueAt) {
+        wakeByItself();
+    }
 }
 
 void PictureMailbox::deliverCopy(std::shared_ptr<GraphicBuffer> copy)
 {
-    Picture dropped;
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_presenter)
-        enqueue(std::move(copy), dropped);
+        enqueue(copy);
 }
 
 void PictureMailbox::drop()
@@ -81,14 +91,21 @@ void PictureMailbox::stop()
 VideoOutputStatistics PictureMailbox::statistics() const
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_statistics;
+    VideoOutputStatistics statistics = m_statistics;
+    statistics.delivered += m_exchanged;
+    statistics.dropped += m_exchanged;
+    if (m_presenter)
+        m_presenter->addOutcomes(statistics);
+    return statistics;
 }
 
 void PictureMailbox::attach(SurfacePresenter *presenter)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_presenter = presenter;
+    m_waker = presenter->waker();
     m_statistics = VideoOutputStatistics();
+    m_exchanged = 0;
     presenter->postAttach();
 }
 
@@ -105,6 +122,13 @@ SurfacePresenter *PictureMailbox::detach()
     return nullptr;
 }
 
+void PictureMailbox::useWaker(SurfacePresenter *presenter, std::shared_ptr<PresenterWaker> waker)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (presenter == m_presenter)
+        m_waker.swap(waker);
+}
+
 PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
 {
     Task task;
@@ -112,6 +136,8 @@ PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
     if (presenter != m_presenter)
         return task;
     task.current = true;
+    m_overdue = false;
+    m_wakeUpPending = false;
     task.epoch = m_epoch.load(std::memory_order_relaxed);
     task.stopSurface = std::exchange(m_stopRequested, false);
     if (!m_reports.isEmpty())
@@ -119,31 +145,18 @@ PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
     if (!m_queue.isEmpty()) {
         task.present = true;
         task.picture = m_queue.takeFirst();
+        task.more = !m_queue.isEmpty();
     }
     return task;
 }
 
-void PictureMailbox::finish(SurfacePresenter *presenter, Outcome outcome)
+void PictureMailbox::wakeAgain(SurfacePresenter *presenter)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (presenter != m_presenter)
         return;
-    switch (outcome) {
-    case Outcome::Nothing:
-        break;
-    case Outcome::Presented:
-        ++m_statistics.presented;
-        break;
-    case Outcome::Refused:
-        ++m_statistics.refused;
-        break;
-    case Outcome::Dropped:
-        ++m_statistics.dropped;
-        break;
-    }
     m_wakeUpPending = false;
-    if (!m_queue.isEmpty() || m_stopRequested || !m_reports.isEmpty())
-        wake();
+    wake();
 }
 
 bool PictureMailbox::claimReport(Trouble trouble)
@@ -170,11 +183,16 @@ bool PictureMailbox::forget(SurfacePresenter *presenter)
     return true;
 }
 
-void PictureMailbox::enqueue(std::shared_ptr<GraphicBuffer> &&buffer, Picture &dropped)
+/*! Leaves in \a buffer what had to go for it, to be released without the lock. */
+void PictureMailbox::enqueue(std::shared_ptr<GraphicBuffer> &buffer)
 {
     ++m_statistics.delivered;
-    if (m_queue.push(Picture { std::move(buffer), m_viewport, m_mirrored }, dropped))
+    std::shared_ptr<GraphicBuffer> dropped;
+    if (m_queue.push(Picture { std::move(buffer), m_viewport, m_mirrored }, dropped)) {
         ++m_statistics.dropped;
+        wakeByItself();
+    }
+    buffer.swap(dropped);
     wake();
 }
 
@@ -196,13 +214,29 @@ void PictureMailbox::wake()
     if (m_wakeUpPending)
         return;
     m_wakeUpPending = true;
-    m_presenter->postWork();
+    m_overdueAt = m_exchanged + OverdueAfter;
+    if (m_waker)
+        m_waker->wake(m_presenter);
+    else
+        m_presenter->postWork();
+}
+
+/*!
+ * A surface that runs an event loop of its own while it is shown a picture would hold up the others
+ * of its thread, which are woken with it: one that is not served for long is woken by itself, once.
+ */
+void PictureMailbox::wakeByItself()
+{
+    if (!std::exchange(m_overdue, true))
+        m_presenter->postWork();
 }
 
 void PictureMailbox::reset()
 {
     m_presenter = nullptr;
+    m_waker.reset();
     m_wakeUpPending = false;
+    m_overdue = false;
     m_stopRequested = false;
     m_sequenceKnown = false;
     m_reported = 0;

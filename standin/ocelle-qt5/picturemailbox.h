@@ -13,13 +13,15 @@
 namespace Veltra {
 namespace Ocelle {
 
+class PresenterWaker;
 class SurfacePresenter;
 
 /*!
  * Where pictures are left for the presenter on the surface's thread, and how it is woken.
  *
- * However many pictures come, at most one wake-up event is under way: the presenter takes one
- * picture, presents it, and finish() wakes it again if there is more.
+ * However many pictures come, the presenter is woken once: it takes one picture, presents it, and
+ * has itself woken again if there is more. It is woken together with the other presenters of its
+ * thread; where one of these holds that up, it gets an event of its own.
  *
  * Threads: grouped below. The mutex is held for a few lines and while an event is posted, which is
  *          what keeps the presenter from being destroyed in between; never while calling out.
@@ -34,20 +36,19 @@ public:
         UnknownFormat = 1 << 1,
     };
 
-    enum class Outcome { Nothing, Presented, Refused, Dropped };
-
     struct Task
     {
-        bool current = false; // false: nothing to do, and no finish()
+        bool current = false; // false: nothing to do any more
         bool stopSurface = false;
         bool present = false; // picture is valid
+        bool more = false;    // wakeAgain() after this one
         quint64 epoch = 0;    // for isStale()
         QStringList reports;
         Picture picture;
     };
 
     // Any thread
-    void deliver(std::shared_ptr<GraphicBuffer> buffer);   // not null
+    void deliver(std::shared_ptr<GraphicBuffer> &&buffer); // not null
     void deliverCopy(std::shared_ptr<GraphicBuffer> copy); // has no sequence number
     void drop();                                           // a picture for which there was no room
     void reject(Trouble trouble, const QString &text);     // a picture that cannot be shown
@@ -65,21 +66,28 @@ public:
     SurfacePresenter *detach();
 
     // The presenter's thread
+    /*! From now on it is woken by \a waker, which is its thread's; null for by its own events. */
+    void useWaker(SurfacePresenter *presenter, std::shared_ptr<PresenterWaker> waker);
     Task take(SurfacePresenter *presenter);
-    void finish(SurfacePresenter *presenter, Outcome outcome);
-    bool claimReport(Trouble trouble); // true the first time
+    void wakeAgain(SurfacePresenter *presenter); // there is more, or was when it could not work
+    bool claimReport(Trouble trouble);           // true the first time
     bool isStale(const Task &task) const;
     bool forget(SurfacePresenter *presenter); // it is being destroyed; true if it was current
 
 private:
-    void enqueue(std::shared_ptr<GraphicBuffer> &&buffer, Picture &dropped);
+    void enqueue(std::shared_ptr<GraphicBuffer> &buffer);
     void countSequence(quint64 sequence);
     void wake();
+    void wakeByItself();
     void reset();
 
     mutable std::mutex m_mutex; // guards all below
     SurfacePresenter *m_presenter = nullptr;
-    bool m_wakeUpPending = false; // an event is under way, or finish() will be called
+    std::shared_ptr<PresenterWaker> m_waker; // null until the presenter is on the surface's thread
+    bool m_wakeUpPending = false;            // it has been woken and has not taken anything since
+    bool m_overdue = false;                  // and by itself, because it took nothing for long
+    quint64 m_exchanged = 0; // live pictures delivered in place of one that was dropped
+    quint64 m_overdueAt = 0; // of these, since it was woken
     bool m_stopRequested = false;
     PictureQueue m_queue;
     QRect m_viewport;

@@ -5,7 +5,7 @@
 namespace Veltra {
 namespace Ocelle {
 
-bool PictureQueue::push(Picture &&picture, Picture &dropped)
+bool PictureQueue::push(Picture &&picture, std::shared_ptr<GraphicBuffer> &dropped)
 {
     int victim = -1;
     if (m_count > 0) {
@@ -14,7 +14,7 @@ bool PictureQueue::push(Picture &&picture, Picture &dropped)
         if (victim < 0 && m_count == Capacity)
             victim = 0;
         if (victim >= 0)
-            dropped = takeAt(victim);
+            dropped = takeAt(victim).buffer;
     }
     at(m_count++) = std::move(picture);
     return victim >= 0;

@@ -37,7 +37,22 @@ public:
      * Appends \a picture. If another has to go for it, that one moves to \a dropped, so that the
      * caller can release it without a lock; true then.
      */
-    bool push(Picture &&picture, Picture &dropped);
+    bool push(Picture &&picture, std::shared_ptr<GraphicBuffer> &dropped);
+
+    /*!
+     * Exchanges the only waiting picture, if it is live, for \a picture, which is live as well; false
+     * if something else waits. This is all that a consumer which is behind costs.
+     */
+    bool exchangeLive(std::shared_ptr<GraphicBuffer> &picture, const QRect &viewport, bool mirrored)
+    {
+        Picture &waiting = m_slots[std::size_t(m_first)];
+        if (m_count != 1 || !waiting.buffer->live)
+            return false;
+        waiting.buffer.swap(picture);
+        waiting.viewport = viewport;
+        waiting.mirrored = mirrored;
+        return true;
+    }
 
     /*! Moves the oldest picture out; the queue must not be empty. */
     Picture takeFirst();

@@ -51,6 +51,8 @@ SurfacePresenter::~SurfacePresenter()
 {
     if (m_mailbox->forget(this))
         StatisticsRegistry::instance().remove(m_surfaceKey, m_mailbox.get());
+    if (m_waker)
+        m_waker->forget(this);
 }
 
 void SurfacePresenter::postAttach()
@@ -68,6 +70,13 @@ void SurfacePresenter::postRetire()
 {
     QCoreApplication::postEvent(this, new QEvent(RetireEvent));
     deleteLater(); // which a thread still does when it ends before the event comes
+}
+
+bool SurfacePresenter::event(QEvent *event)
+{
+    if (event->type() == QEvent::ThreadChange)
+        leaveWaker();
+    return QObject::event(event);
 }
 
 void SurfacePresenter::customEvent(QEvent *event)
@@ -103,6 +112,19 @@ void SurfacePresenter::attach()
     setParent(m_surface);
     connect(m_surface, &QAbstractVideoSurface::supportedFormatsChanged, this,
             &SurfacePresenter::onSupportedFormatsChanged);
+    m_waker = PresenterWaker::ofCurrentThread();
+    m_mailbox->useWaker(this, m_waker);
+}
+
+/*! Goes to another thread, where events of its own wake it: they go with it. */
+void SurfacePresenter::leaveWaker()
+{
+    if (!m_waker)
+        return;
+    m_mailbox->useWaker(this, nullptr);
+    if (m_waker->forget(this))
+        postWork();
+    m_waker.reset();
 }
 
 void SurfacePresenter::retire()
@@ -120,9 +142,26 @@ void SurfacePresenter::onSupportedFormatsChanged()
     m_reportedFormats.clear();
 }
 
+void SurfacePresenter::addOutcomes(VideoOutputStatistics &statistics) const
+{
+    statistics.presented += m_outcomes[std::size_t(Outcome::Presented)];
+    statistics.refused += m_outcomes[std::size_t(Outcome::Refused)];
+    statistics.dropped += m_outcomes[std::size_t(Outcome::Dropped)];
+}
+
+void SurfacePresenter::count(Outcome outcome)
+{
+    // One thread writes: no need for an addition that others cannot get between.
+    auto &counter = m_outcomes[std::size_t(outcome)];
+    counter.store(counter.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
+}
+
 void SurfacePresenter::work()
 {
-    // Not to be woken again before finish(), even by an event loop inside a call to the surface.
+    if (m_busy) { // in an event loop inside a call to the surface
+        m_wokenBusy = true;
+        return;
+    }
     PictureMailbox::Task task = m_mailbox->take(this);
     if (!task.current)
         return;
@@ -134,13 +173,16 @@ void SurfacePresenter::work()
         onSupportedFormatsChanged();
         stopSurface();
     }
-    Outcome outcome = Outcome::Nothing;
-    if (self && task.present)
-        outcome = present(task, self);
+    if (self && task.present) {
+        const Outcome outcome = present(task, self);
+        if (self)
+            count(outcome);
+    }
     if (!self)
         return;
     m_busy = false;
-    m_mailbox->finish(this, outcome);
+    if (std::exchange(m_wokenBusy, false) || task.more)
+        m_mailbox->wakeAgain(this);
     if (m_retired)
         deleteLater();
 }
@@ -153,23 +195,37 @@ SurfacePresenter::Outcome SurfacePresenter::present(const PictureMailbox::Task &
         !prepare(PictureFormat::of(task.picture), task, self))
         return Outcome::Dropped;
 
+    const QVideoFrame frame = wrap(buffer);
+    if (!frame.isValid() || m_mailbox->isStale(task))
+        return Outcome::Dropped;
+    if (m_surface->present(frame))
+        return Outcome::Presented;
+    if (self && m_surface)
+        m_restart = wantsRestart(m_surface->error());
+    return Outcome::Refused;
+}
+
+/*! The picture as the surface was started for it; not valid where it cannot be converted. */
+QVideoFrame SurfacePresenter::wrap(const std::shared_ptr<GraphicBuffer> &buffer)
+{
+    if (m_waker) {
+        if (const QVideoFrame *const shared = m_waker->sharedFrame(buffer.get(), m_pixelFormat))
+            return *shared;
+    }
     std::shared_ptr<const GraphicBuffer> shown = buffer;
     auto chroma = PictureVideoBuffer::Chroma::InOrder;
     if (!needsNoConversion(buffer->format, m_pixelFormat))
         shown = m_converter.convert(*buffer, m_pixelFormat);
     else if (m_pixelFormat == QVideoFrame::Format_YV12)
         chroma = PictureVideoBuffer::Chroma::Swapped;
-    if (!shown || m_mailbox->isStale(task))
-        return Outcome::Dropped;
-
+    if (!shown)
+        return QVideoFrame();
     QVideoFrame frame(new PictureVideoBuffer(std::move(shown), chroma),
                       QSize(buffer->width, buffer->height), m_pixelFormat);
     frame.setStartTime(buffer->timestamp);
-    if (m_surface->present(frame))
-        return Outcome::Presented;
-    if (self && m_surface)
-        m_restart = wantsRestart(m_surface->error());
-    return Outcome::Refused;
+    if (m_waker)
+        m_waker->share(buffer.get(), frame);
+    return frame;
 }
 
 bool SurfacePresenter::isPresentable(const GraphicBuffer &buffer)

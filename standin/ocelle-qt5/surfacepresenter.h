@@ -3,11 +3,14 @@
 #include "pictureconverter.h"
 #include "pictureformat.h"
 #include "picturemailbox.h"
+#include "presenterwaker.h"
 
 #include <QAbstractVideoSurface>
 #include <QObject>
 #include <QPointer>
 
+#include <array>
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -36,31 +39,43 @@ public:
                        QAbstractVideoSurface *surface);
     ~SurfacePresenter() override;
 
+    /*! What wakes it, once it is on the surface's thread; not while that thread may be attaching it. */
+    std::shared_ptr<PresenterWaker> waker() const { return m_waker; }
+
     // Any thread that keeps it from being destroyed meanwhile
     void postAttach();
     void postWork();
     void postRetire();
 
+    /*! Adds what became of the pictures that it took. */
+    void addOutcomes(VideoOutputStatistics &statistics) const;
+
+    // The surface's thread
+    /*! Takes a picture from the mailbox and presents it. */
+    void work();
     /*! Stops the surface and destroys the presenter, now or when the surface's call returns. */
     void retire();
 
 protected:
+    bool event(QEvent *event) override;
     void customEvent(QEvent *event) override;
 
 private slots:
     void onSupportedFormatsChanged();
 
 private:
-    using Outcome = PictureMailbox::Outcome;
+    enum class Outcome { Presented, Refused, Dropped };
     using Self = QPointer<SurfacePresenter>; // null once a call to the surface has destroyed it
 
     SurfacePresenter(const std::shared_ptr<PictureMailbox> &mailbox,
                      QAbstractVideoSurface *surface);
 
     void attach();
-    void work();
+    void leaveWaker();
+    void count(Outcome outcome);
     Outcome present(const PictureMailbox::Task &task, const Self &self);
     bool isPresentable(const GraphicBuffer &buffer);
+    QVideoFrame wrap(const std::shared_ptr<GraphicBuffer> &buffer);
     bool prepare(const PictureFormat &format, const PictureMailbox::Task &task, const Self &self);
     bool negotiate(const PictureFormat &format, const PictureMailbox::Task &task, const Self &self);
     void reportRefusal(const PictureFormat &format,
@@ -70,11 +85,16 @@ private:
     const std::shared_ptr<PictureMailbox> m_mailbox;
     const QPointer<QAbstractVideoSurface> m_surface;
     const QAbstractVideoSurface *const m_surfaceKey; // compared only
+    std::shared_ptr<PresenterWaker> m_waker;         // of its thread; null before and in between
 
-    bool m_busy = false;    // in work(), perhaps in a call to the surface
-    bool m_retired = false; // to be destroyed when no longer busy
-    bool m_started = false; // the surface, by this, for m_format as m_pixelFormat
-    bool m_restart = false; // the surface wants to be started anew
+    // Written on the surface's thread
+    std::array<std::atomic<quint64>, 3> m_outcomes {}; // pictures, by Outcome
+
+    bool m_busy = false;      // in work(), perhaps in a call to the surface
+    bool m_wokenBusy = false; // woken meanwhile, from an event loop inside that call
+    bool m_retired = false;   // to be destroyed when no longer busy
+    bool m_started = false;   // the surface, by this, for m_format as m_pixelFormat
+    bool m_restart = false;   // the surface wants to be started anew
     PictureFormat m_format;
     QVideoFrame::PixelFormat m_pixelFormat = QVideoFrame::Format_Invalid;
     std::optional<PictureFormat> m_refused;              // what there is no use in asking for again

@@ -23,6 +23,7 @@ public:
     // The thread that owns the output
     QPointer<QAbstractVideoSurface> surface;
     const QAbstractVideoSurface *surfaceKey = nullptr; // compared only
+    bool closing = false;                              // takes no surface any more
 };
 
 VideoOutputQt5::VideoOutputQt5(QObject *parent)
@@ -33,6 +34,7 @@ VideoOutputQt5::VideoOutputQt5(QObject *parent)
 
 VideoOutputQt5::~VideoOutputQt5()
 {
+    m_d->closing = true;
     setVideoSurface(nullptr);
     delete m_d;
 }
@@ -45,7 +47,7 @@ QAbstractVideoSurface *VideoOutputQt5::videoSurface() const
 /*! A surface of this thread is stopped at once, one of another thread by an event there. */
 void VideoOutputQt5::setVideoSurface(QAbstractVideoSurface *surface)
 {
-    if (surface && m_d->surface == surface)
+    if (surface && (m_d->surface == surface || m_d->closing))
         return;
     m_d->surface = surface;
     StatisticsRegistry::instance().remove(std::exchange(m_d->surfaceKey, surface),

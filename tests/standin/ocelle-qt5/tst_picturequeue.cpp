@@ -49,7 +49,7 @@ private slots:
 void TestPictureQueue::keepsOrder()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     for (int i = 1; i <= 5; ++i)
         QVERIFY(!queue.push(numbered(i, false), dropped));
     QCOMPARE(queue.size(), 5);
@@ -59,7 +59,7 @@ void TestPictureQueue::keepsOrder()
 void TestPictureQueue::keepsOrder_whenItGoesRoundItsMemory()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     int next = 1;
     for (int i = 0; i < 20; ++i)
         queue.push(numbered(next++, false), dropped);
@@ -73,51 +73,51 @@ void TestPictureQueue::keepsOrder_whenItGoesRoundItsMemory()
 void TestPictureQueue::keepsOnlyTheNewestLivePicture()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     QVERIFY(!queue.push(numbered(1, true), dropped));
     QVERIFY(queue.push(numbered(2, true), dropped));
-    QCOMPARE(int(dropped.buffer->sequence), 1);
+    QCOMPARE(int(dropped->sequence), 1);
     QCOMPARE(drain(queue), range(2, 2));
 }
 
 void TestPictureQueue::dropsTheOldest_whenFull()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     for (int i = 1; i <= PictureQueue::Capacity; ++i)
         QVERIFY(!queue.push(numbered(i, false), dropped));
     QVERIFY(queue.push(numbered(33, false), dropped));
-    QCOMPARE(int(dropped.buffer->sequence), 1);
+    QCOMPARE(int(dropped->sequence), 1);
     QCOMPARE(drain(queue), range(2, 33));
 }
 
 void TestPictureQueue::livePictureReplacesLiveOne_amongOthers()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     queue.push(numbered(1, false), dropped);
     queue.push(numbered(2, true), dropped);
     queue.push(numbered(3, false), dropped);
     QVERIFY(queue.push(numbered(4, true), dropped));
-    QCOMPARE(int(dropped.buffer->sequence), 2);
+    QCOMPARE(int(dropped->sequence), 2);
     QCOMPARE(drain(queue), (QList<int> { 1, 3, 4 }));
 }
 
 void TestPictureQueue::livePictureReplacesTheOldest_whenFullOfOthers()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     for (int i = 1; i <= PictureQueue::Capacity; ++i)
         queue.push(numbered(i, false), dropped);
     QVERIFY(queue.push(numbered(33, true), dropped));
-    QCOMPARE(int(dropped.buffer->sequence), 1);
+    QCOMPARE(int(dropped->sequence), 1);
     QCOMPARE(queue.size(), PictureQueue::Capacity);
 }
 
 void TestPictureQueue::holdsNoPictureItGaveAway()
 {
     PictureQueue queue;
-    Picture dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     Picture picture = numbered(1, false);
     const std::weak_ptr<GraphicBuffer> watch = picture.buffer;
     queue.push(std::move(picture), dropped);

@@ -1,0 +1,90 @@
+#include "presenterwaker.h"
+
+#include "surfacepresenter.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+
+#include <algorithm>
+
+namespace Veltra {
+namespace Ocelle {
+
+std::shared_ptr<PresenterWaker> PresenterWaker::ofCurrentThread()
+{
+    thread_local std::weak_ptr<PresenterWaker> known;
+    std::shared_ptr<PresenterWaker> waker = known.lock();
+    if (!waker) {
+        waker.reset(new PresenterWaker);
+        known = waker;
+    }
+    return waker;
+}
+
+void PresenterWaker::wake(SurfacePresenter *presenter)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_waiting.push_back(presenter);
+    if (m_eventPending)
+        return;
+    m_eventPending = true;
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+bool PresenterWaker::forget(SurfacePresenter *presenter)
+{
+    bool waited = false;
+    for (std::size_t i = m_next; i < m_serving.size(); ++i) {
+        if (m_serving[i] == presenter) {
+            m_serving[i] = nullptr;
+            waited = true;
+        }
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto last = std::remove(m_waiting.begin(), m_waiting.end(), presenter);
+    waited = waited || last != m_waiting.end();
+    m_waiting.erase(last, m_waiting.end());
+    return waited;
+}
+
+const QVideoFrame *PresenterWaker::sharedFrame(const GraphicBuffer *picture,
+                                               QVideoFrame::PixelFormat format) const
+{
+    return picture == m_sharedPicture && m_sharedFrame->pixelFormat() == format ? &*m_sharedFrame
+                                                                                : nullptr;
+}
+
+void PresenterWaker::share(const GraphicBuffer *picture, const QVideoFrame &frame)
+{
+    if (m_next >= m_serving.size()) // nobody comes after
+        return;
+    m_sharedPicture = picture;
+    m_sharedFrame.emplace(frame);
+}
+
+/*!
+ * Serves those who wait now; a presenter that is woken meanwhile waits for the next event. Where that
+ * is served in an event loop inside a call to a surface, it takes over the rest of this one's.
+ */
+void PresenterWaker::customEvent(QEvent *)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_eventPending = false;
+        m_serving.insert(m_serving.end(), m_waiting.begin(), m_waiting.end());
+        m_waiting.clear();
+    }
+    // What a presenter leads to may destroy others, and this with the last of them.
+    const std::shared_ptr<PresenterWaker> self = shared_from_this();
+    while (m_next < m_serving.size()) {
+        if (SurfacePresenter *const presenter = m_serving[m_next++])
+            presenter->work();
+    }
+    m_serving.clear();
+    m_next = 0;
+    m_sharedPicture = nullptr;
+    m_sharedFrame.reset();
+}
+
+} // namespace Ocelle
+} // namespace Veltra

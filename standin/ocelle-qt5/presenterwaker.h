@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QObject>
+#include <QVideoFrame>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace Veltra {
+namespace Ocelle {
+
+class GraphicBuffer;
+class SurfacePresenter;
+
+/*!
+ * Wakes the presenters of one thread: one event for all that have something to do, since posting one
+ * and serving it is most of what a picture costs. Presenters that are woken together and show the
+ * same picture share its QVideoFrame, too.
+ *
+ * Threads: grouped below; lives on the thread that it serves.
+ * Owner:   shared by that thread's presenters and their mailboxes.
+ */
+class PresenterWaker : public QObject, public std::enable_shared_from_this<PresenterWaker>
+{
+    Q_OBJECT
+public:
+    /*! The calling thread's; made when there is none yet. */
+    static std::shared_ptr<PresenterWaker> ofCurrentThread();
+
+    // Any thread that keeps the presenter from being destroyed meanwhile
+    void wake(SurfacePresenter *presenter);
+
+    // The thread that it serves
+    bool forget(SurfacePresenter *presenter); // true if it was to be woken
+    /*! The frame made for \a picture by another presenter that was woken with it; null for none. */
+    const QVideoFrame *sharedFrame(const GraphicBuffer *picture,
+                                   QVideoFrame::PixelFormat format) const;
+    void share(const GraphicBuffer *picture, const QVideoFrame &frame);
+
+protected:
+    void customEvent(QEvent *event) override;
+
+private:
+    PresenterWaker() = default;
+
+    std::mutex m_mutex; // guards the next two; held while an event is posted, not while presenting
+    std::vector<SurfacePresenter *> m_waiting; // in the order of their calls
+    bool m_eventPending = false;
+
+    // The thread that it serves
+    std::vector<SurfacePresenter *> m_serving; // null where forgotten
+    std::size_t m_next = 0;                    // the next of them
+    const GraphicBuffer *m_sharedPicture = nullptr;
+    std::optional<QVideoFrame> m_sharedFrame; // of that picture, which it keeps alive
+};
+
+} // namespace Ocelle
+} // namespace Veltra
