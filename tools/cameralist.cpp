@@ -12,8 +12,14 @@ constexpr int LoadTimeout = 10000; // ms
 
 QCameraInfo findCamera(const QString &id)
 {
-    for (const QCameraInfo &camera : QCameraInfo::availableCameras()) {
+    const QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
+    for (const QCameraInfo &camera : cameras) {
         if (camera.deviceName() == id)
+            return camera;
+    }
+    for (const QCameraInfo &camera : cameras) {
+        const QByteArray plain = QByteArray::fromPercentEncoding(camera.deviceName().toLatin1());
+        if (plain == id.toUtf8())
             return camera;
     }
     return QCameraInfo();

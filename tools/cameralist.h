@@ -8,7 +8,10 @@
 
 namespace Tool {
 
-/*! The camera with that id; a null one if there is none. */
+/*!
+ * The camera with that id, or whose id is that one with some characters percent-encoded, as those
+ * that Qt cannot carry in an id are; a null one if there is none.
+ */
 QCameraInfo findCamera(const QString &id);
 
 /*! "There is no camera x; there are a and b". */

@@ -13,7 +13,18 @@ namespace Ocelle {
 
 std::string FileCamera::idOf(const std::string &path)
 {
-    return "file:" + path;
+    // Qt takes the bytes of an id for Latin-1 in one place and for UTF-8 in another, so that only
+    // ASCII finds its way back; see QCamera's constructor.
+    constexpr char Digits[] = "0123456789ABCDEF";
+    std::string id = "file:";
+    for (const char character : path) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte >= ' ' && byte < 0x7f && byte != '%')
+            id += character;
+        else
+            id += { '%', Digits[byte >> 4], Digits[byte & 15] };
+    }
+    return id;
 }
 
 std::string FileCamera::nameOf(const std::string &path)

@@ -12,7 +12,8 @@ namespace Ocelle {
 
 /*!
  * Cameras that play a video file, over and over, at the file's own rate: at its own size first, and
- * at 640x480 and 320x240, stretched where the aspect differs. The id is "file:" and the absolute path, the name the file's.
+ * at 640x480 and 320x240, stretched where the aspect differs. The id is "file:" and the absolute
+ * path, percent-encoded where it is not printable ASCII; the name is the file's.
  *
  * Any thread.
  */

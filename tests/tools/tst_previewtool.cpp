@@ -19,6 +19,8 @@ private slots:
     void preview_takesPicturesAndTellsWhatTheyCameTo();
     void preview_tellsInWordsToo();
     void preview_showsRealFootage();
+    void preview_takesAnyFileName_data();
+    void preview_takesAnyFileName();
     void preview_endsWell_whenInterrupted();
     void preview_fails_whenTheCameraGoes();
     void preview_namesWhatThereIs_whenAskedForSomethingElse_data();
@@ -127,6 +129,34 @@ void PreviewToolTest::preview_showsRealFootage()
             colours.insert(image.pixel(x, y));
     }
     QVERIFY2(colours.size() > 1000, qPrintable(QString::number(colours.size())));
+}
+
+void PreviewToolTest::preview_takesAnyFileName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("spaces") << QStringLiteral("two words.mkv");
+    QTest::newRow("accents") << QString::fromUtf8("caf\xc3\xa9.mkv");
+    QTest::newRow("beyond Latin") << QString::fromUtf8("\xe6\x97\xa5\xe6\x9c\xac.mkv");
+    QTest::newRow("percent signs") << QStringLiteral("100%41%.mkv");
+}
+
+// Beside a camera that would be taken instead if the id did not arrive as it was given.
+void PreviewToolTest::preview_takesAnyFileName()
+{
+    QFETCH(QString, name);
+    const QString video = QStringLiteral(OCELLE_MEDIA_DIR "/ship-cif.mkv");
+    if (!QFile::exists(video))
+        QSKIP(qPrintable(QStringLiteral("There is no ") + video));
+    const QTemporaryDir folder;
+    QVERIFY(QFile::copy(video, folder.filePath(name)));
+    const QString camera = QStringLiteral("file:") + folder.filePath(name);
+    const ToolResult result = ToolProcess::run({ m_preview, camera, QStringLiteral("--frames"),
+                                                 QStringLiteral("2"), QStringLiteral("--json") },
+                                               QStringLiteral("pattern,") + camera);
+    QCOMPARE(result.exitCode, 0);
+    const QJsonObject report = QJsonDocument::fromJson(result.output).object();
+    QCOMPARE(report.value(QStringLiteral("camera")).toString(), camera);
+    QCOMPARE(report.value(QStringLiteral("width")).toInt(), 352); // not the pattern's
 }
 
 void PreviewToolTest::preview_endsWell_whenInterrupted()
