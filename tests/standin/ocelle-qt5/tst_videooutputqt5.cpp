@@ -1,27 +1,16 @@
-#include "gate.h"
+#include "outputtesting.h"
 #include "recordingsurface.h"
-#include "surfacethread.h"
 #include "testpicture.h"
-#include "videooutputstatistics.h"
 
 #include <QtTest>
 
 #include <ocelle/videooutputqt5.h>
 
-#include <atomic>
-#include <thread>
+#include <memory>
 
 using namespace Veltra::Ocelle;
 
 namespace {
-
-VideoOutputStatistics statisticsOf(const QAbstractVideoSurface &surface)
-{
-    VideoOutputStatistics statistics;
-    if (!videoOutputStatistics(&surface, &statistics))
-        qFatal("No output has the surface");
-    return statistics;
-}
 
 QList<qint64> range(int first, int last)
 {
@@ -39,8 +28,6 @@ class TestVideoOutputQt5 : public QObject
 private slots:
     void hasNoSurfaceAtFirst();
     void picturesWithoutSurfaceGoNowhere();
-    void callsTheSurfaceOnItsOwnThreadOnly();
-    void deliveryDoesNotWaitForTheSurface();
     void ofLivePicturesOnlyTheNewestWaits();
     void otherPicturesArePresentedInOrder();
     void beyond32WaitingPicturesTheOldestGoes();
@@ -49,17 +36,11 @@ private slots:
     void picturesCannotBeWrittenTo();
     void keepsPicturesAliveWithTheirFrames();
     void passesOnTheTimestamp();
-    void countsRefusedPictures();
     void startsAgain_whenTheSurfaceSaysSo_data();
     void startsAgain_whenTheSurfaceSaysSo();
     void startsAgain_whenTheApplicationStoppedTheSurface();
-    void countsMissingAndDuplicatedPictures();
-    void sourceThatBeginsAnewMissesNothing();
-    void sourceThatDoesNotCountHasNoDuplicates();
-    void statisticsAreThoseOfTheSurface();
     void stopDropsWhatWaits();
     void stopNeverCallsTheSurfaceItself();
-    void stopOnAnotherThreadStopsTheSurfaceOnItsOwn();
     void stopWithoutPicturesLeavesTheSurfaceAlone();
     void picturesAfterStopStartTheSurfaceAgain();
 };
@@ -88,56 +69,6 @@ void TestVideoOutputQt5::picturesWithoutSurfaceGoNowhere()
     output.setVideoSurface(&surface);
     QCoreApplication::processEvents();
     QCOMPARE(surface.presented(), 0);
-}
-
-void TestVideoOutputQt5::callsTheSurfaceOnItsOwnThreadOnly()
-{
-    SurfaceThread there;
-    RecordingSurface *const surface = there.surface();
-    VideoOutputQt5 output;
-    output.setVideoSurface(surface);
-    std::thread source([&output] {
-        for (int i = 1; i <= 20; ++i)
-            output.onGraphicBuffer(makeDecoded(i));
-    });
-    source.join();
-    QTRY_COMPARE(surface->startTimes(), range(1, 20));
-    output.stop();
-    QTRY_VERIFY(surface->calls().contains(QLatin1String("stop")));
-    for (const QThread *const thread : surface->threads())
-        QCOMPARE(thread, there.thread());
-    QVERIFY(surface->threads().size() >= 24); // start, stop, two questions and the pictures
-}
-
-void TestVideoOutputQt5::deliveryDoesNotWaitForTheSurface()
-{
-    SurfaceThread there;
-    RecordingSurface *const surface = there.surface();
-    Gate entered;
-    Gate leave;
-    surface->onPresent = [&](const QVideoFrame &) {
-        entered.release();
-        leave.acquire();
-        return true;
-    };
-    VideoOutputQt5 output;
-    output.setVideoSurface(surface);
-    output.onGraphicBuffer(makeLive(1));
-    entered.acquire();
-
-    for (int i = 2; i <= 100; ++i)
-        output.onGraphicBuffer(makeLive(i));
-    output.setMirrored(true);
-    output.setMirrored(false);
-    output.setViewport(QRect());
-    VideoOutputStatistics statistics = statisticsOf(*surface);
-    QCOMPARE(statistics.delivered, 100u);
-    QCOMPARE(statistics.dropped, 98u);
-    QCOMPARE(statistics.presented, 0u);
-
-    leave.release(2);
-    QTRY_COMPARE(statisticsOf(*surface).presented, 2u);
-    QCOMPARE(surface->startTimes(), (QList<qint64> { 1, 100 }));
 }
 
 void TestVideoOutputQt5::ofLivePicturesOnlyTheNewestWaits()
@@ -262,24 +193,6 @@ void TestVideoOutputQt5::passesOnTheTimestamp()
     QCOMPARE(surface.frames().first().endTime(), Q_INT64_C(-1));
 }
 
-void TestVideoOutputQt5::countsRefusedPictures()
-{
-    RecordingSurface surface;
-    surface.onPresent = [&surface](const QVideoFrame &frame) {
-        surface.fail(QAbstractVideoSurface::ResourceError);
-        return frame.startTime() % 2 == 0;
-    };
-    VideoOutputQt5 output;
-    output.setVideoSurface(&surface);
-    for (int i = 1; i <= 5; ++i)
-        output.onGraphicBuffer(makeDecoded(i));
-    QTRY_COMPARE(surface.presented(), 5);
-    const VideoOutputStatistics statistics = statisticsOf(surface);
-    QCOMPARE(statistics.presented, 2u);
-    QCOMPARE(statistics.refused, 3u);
-    QCOMPARE(statistics.dropped, 0u);
-}
-
 void TestVideoOutputQt5::startsAgain_whenTheSurfaceSaysSo_data()
 {
     QTest::addColumn<int>("error");
@@ -325,69 +238,6 @@ void TestVideoOutputQt5::startsAgain_whenTheApplicationStoppedTheSurface()
              QStringLiteral("start present stop start present"));
 }
 
-void TestVideoOutputQt5::countsMissingAndDuplicatedPictures()
-{
-    RecordingSurface surface;
-    VideoOutputQt5 output;
-    output.setVideoSurface(&surface);
-    for (const int number : { 5, 6, 9, 9, 9, 10, 20 })
-        output.onGraphicBuffer(makeDecoded(number));
-    const VideoOutputStatistics statistics = statisticsOf(surface);
-    QCOMPARE(statistics.delivered, 7u);
-    QCOMPARE(statistics.missing, 2u + 9u);
-    QCOMPARE(statistics.duplicated, 2u);
-}
-
-void TestVideoOutputQt5::sourceThatBeginsAnewMissesNothing()
-{
-    RecordingSurface surface;
-    VideoOutputQt5 output;
-    output.setVideoSurface(&surface);
-    for (const int number : { 100, 101, 0, 1 })
-        output.onGraphicBuffer(makeDecoded(number));
-    output.stop();
-    for (const int number : { 50, 51 })
-        output.onGraphicBuffer(makeDecoded(number));
-    QCOMPARE(statisticsOf(surface).missing, 0u);
-    QCOMPARE(statisticsOf(surface).duplicated, 0u);
-}
-
-void TestVideoOutputQt5::sourceThatDoesNotCountHasNoDuplicates()
-{
-    RecordingSurface surface;
-    VideoOutputQt5 output;
-    output.setVideoSurface(&surface);
-    for (int i = 0; i < 5; ++i)
-        output.onGraphicBuffer(makeDecoded(0));
-    QCOMPARE(statisticsOf(surface).duplicated, 0u);
-}
-
-void TestVideoOutputQt5::statisticsAreThoseOfTheSurface()
-{
-    RecordingSurface first;
-    RecordingSurface second;
-    VideoOutputStatistics statistics;
-    statistics.delivered = 77;
-    QVERIFY(!videoOutputStatistics(&first, &statistics));
-    QVERIFY(!videoOutputStatistics(nullptr, &statistics));
-    QCOMPARE(statistics.delivered, 77u);
-
-    VideoOutputQt5 output;
-    output.setVideoSurface(&first);
-    output.onGraphicBuffer(makeDecoded(1));
-    {
-        VideoOutputQt5 other;
-        other.setVideoSurface(&first);
-        other.onGraphicBuffer(makeDecoded(1));
-        QCOMPARE(statisticsOf(first).delivered, 2u);
-    }
-    QCOMPARE(statisticsOf(first).delivered, 1u);
-
-    output.setVideoSurface(&second);
-    QVERIFY(!videoOutputStatistics(&first, &statistics));
-    QCOMPARE(statisticsOf(second).delivered, 0u);
-}
-
 void TestVideoOutputQt5::stopDropsWhatWaits()
 {
     RecordingSurface surface;
@@ -419,21 +269,6 @@ void TestVideoOutputQt5::stopNeverCallsTheSurfaceItself()
     QVERIFY(surface.isActive());
     QTRY_VERIFY(!surface.isActive());
     QCOMPARE(surface.calls(), before + QStringList { QStringLiteral("stop") });
-}
-
-void TestVideoOutputQt5::stopOnAnotherThreadStopsTheSurfaceOnItsOwn()
-{
-    SurfaceThread there;
-    RecordingSurface *const surface = there.surface();
-    VideoOutputQt5 output;
-    output.setVideoSurface(surface);
-    output.onGraphicBuffer(makeLive(1));
-    QTRY_COMPARE(surface->presented(), 1);
-    std::thread stopper([&output] { output.stop(); });
-    stopper.join();
-    QTRY_COMPARE(surface->calls().last(), QStringLiteral("stop"));
-    for (const QThread *const thread : surface->threads())
-        QCOMPARE(thread, there.thread());
 }
 
 void TestVideoOutputQt5::stopWithoutPicturesLeavesTheSurfaceAlone()

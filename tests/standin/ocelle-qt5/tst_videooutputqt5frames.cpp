@@ -1,7 +1,7 @@
 #include "messagelog.h"
+#include "outputtesting.h"
 #include "recordingsurface.h"
 #include "testpicture.h"
-#include "videooutputstatistics.h"
 
 #include <QtTest>
 
@@ -15,14 +15,6 @@
 using namespace Veltra::Ocelle;
 
 namespace {
-
-VideoOutputStatistics statisticsOf(const QAbstractVideoSurface &surface)
-{
-    VideoOutputStatistics statistics;
-    if (!videoOutputStatistics(&surface, &statistics))
-        qFatal("No output has the surface");
-    return statistics;
-}
 
 /*! \a picture as a frame; it has to outlive it. */
 YCbCrFrame frameOf(const TestPicture &picture)

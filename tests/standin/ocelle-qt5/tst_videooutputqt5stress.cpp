@@ -1,7 +1,7 @@
+#include "outputtesting.h"
 #include "recordingsurface.h"
 #include "surfacethread.h"
 #include "testpicture.h"
-#include "videooutputstatistics.h"
 
 #include <QtTest>
 
@@ -70,14 +70,6 @@ void addEverything(Callers &callers, VideoOutputQt5 &output)
         if (i % 64 == 0)
             output.stop();
     });
-}
-
-VideoOutputStatistics statisticsOf(const QAbstractVideoSurface &surface)
-{
-    VideoOutputStatistics statistics;
-    if (!videoOutputStatistics(&surface, &statistics))
-        qFatal("No output has the surface");
-    return statistics;
 }
 
 void prepare(RecordingSurface &surface)
