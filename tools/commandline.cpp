@@ -132,7 +132,7 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     app.require_subcommand(1);
     app.footer("Exit codes: 0 all went well, 1 something failed, 2 the command was wrong.\n"
                "OCELLE_CAMERAS says which cameras there are: a comma-separated list of\n"
-               "pattern, file:PATH and dir:PATH.");
+               "v4l2, pattern, file:PATH and dir:PATH.");
 
     CommandLine result;
     Words words;
@@ -142,6 +142,10 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     watch->add_flag("--json", result.json, "Print each event as a line of JSON");
     CLI::App *preview = app.add_subcommand("preview", "Show the pictures of a camera");
     addPreview(preview, &words, &result.json);
+    CLI::App *doctor = app.add_subcommand("doctor", "Find out why something does not work");
+    bool cameras = false;
+    doctor->add_flag("--cameras", cameras, "Look at every video node, opening each")->required();
+    doctor->add_flag("--json", result.json, "Print what was found as JSON");
 
     try {
         app.parse(argc, argv);
@@ -149,6 +153,8 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
         *exitCode = endOf(app, error);
         return std::nullopt;
     }
+    if (doctor->parsed())
+        result.command = CommandLine::Command::Doctor;
     if (watch->parsed())
         result.command = CommandLine::Command::Watch;
     if (preview->parsed()) {

@@ -27,10 +27,10 @@ struct PreviewOptions
 /*! What the command line asks for. */
 struct CommandLine
 {
-    enum class Command { List, Watch, Preview };
+    enum class Command { List, Watch, Preview, Doctor };
 
     Command command = Command::List;
-    bool json = false; // of list and watch
+    bool json = false; // of list, watch and doctor
     PreviewOptions preview;
 };
 

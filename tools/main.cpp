@@ -1,4 +1,5 @@
 #include "commandline.h"
+#include "doctorcommand.h"
 #include "environment.h"
 #include "listcommand.h"
 #include "previewcommand.h"
@@ -27,6 +28,8 @@ int main(int argc, char *argv[])
         return Tool::WatchCommand(commandLine->json).run();
     case Tool::CommandLine::Command::Preview:
         return Tool::PreviewCommand(commandLine->preview).run();
+    case Tool::CommandLine::Command::Doctor:
+        return Tool::examineCameras(commandLine->json);
     }
     return Tool::Failure;
 }

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QImageWriter>
 
+#include <camerarates.h>
 #include <videooutputstatistics.h>
 
 namespace Tool {
@@ -18,6 +19,17 @@ namespace {
 constexpr int TickInterval = 1000; // ms
 constexpr int MaxIdleTicks = 10;   // without a picture
 constexpr int ProgressTicks = 10;  // between two lines where they do not replace each other
+
+std::optional<PreviewReport::Device> deviceOf(const QString &camera)
+{
+    for (const Veltra::Ocelle::CameraRate &rate : Veltra::Ocelle::cameraRates()) {
+        if (QString::fromStdString(rate.id) == camera)
+            return PreviewReport::Device { QString::fromStdString(rate.format), rate.negotiated,
+                                           rate.measured,
+                                           QString::fromStdString(rate.loweringControl) };
+    }
+    return std::nullopt;
+}
 
 std::optional<PreviewReport::Delivery> deliveryTo(const QAbstractVideoSurface *surface)
 {
@@ -167,6 +179,7 @@ void PreviewCommand::finish(int exitCode, const QString &error)
         return;
     m_finished = true;
     m_report.delivery = deliveryTo(&m_surface);
+    m_report.device = deviceOf(m_options.camera);
     m_tick.stop();
     if (!error.isEmpty())
         printError(error);

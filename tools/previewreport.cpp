@@ -13,6 +13,23 @@ double rounded(double microseconds) // to milliseconds with three places
     return qRound64(microseconds) / 1000.0;
 }
 
+constexpr double Lowered = 0.9; // of the negotiated rate: less than this is no accident
+
+QString deviceText(const PreviewReport &report)
+{
+    const PreviewReport::Device &device = *report.device;
+    QString text = QStringLiteral("; device: %1, asked for %2 fps, negotiated %3, measured %4")
+                           .arg(device.format)
+                           .arg(report.settings.maximumFrameRate())
+                           .arg(device.negotiated, 0, 'f', 2)
+                           .arg(device.measured, 0, 'f', 2);
+    const bool isLowered = device.measured > 0 && device.measured < Lowered * device.negotiated;
+    if (isLowered && !device.loweringControl.isEmpty())
+        text += QStringLiteral(", lowered by its automatic exposure (control \"%1\")")
+                        .arg(device.loweringControl);
+    return text;
+}
+
 } // namespace
 
 QString toText(const PreviewReport &report)
@@ -43,7 +60,7 @@ QString toText(const PreviewReport &report)
                              milliseconds(report.latencies.quantile(0.99)),
                              milliseconds(double(report.latencies.maximum())));
     }
-    return text;
+    return report.device ? text + deviceText(report) : text;
 }
 
 QJsonObject toJson(const PreviewReport &report)
@@ -71,6 +88,15 @@ QJsonObject toJson(const PreviewReport &report)
                             { QStringLiteral("median"), rounded(report.latencies.quantile(0.5)) },
                             { QStringLiteral("p99"), rounded(report.latencies.quantile(0.99)) },
                             { QStringLiteral("max"), rounded(double(report.latencies.maximum())) },
+                    });
+    }
+    if (report.device) {
+        json.insert(QStringLiteral("device"),
+                    QJsonObject {
+                            { QStringLiteral("format"), report.device->format },
+                            { QStringLiteral("negotiated_fps"), report.device->negotiated },
+                            { QStringLiteral("measured_fps"), report.device->measured },
+                            { QStringLiteral("lowering_control"), report.device->loweringControl },
                     });
     }
     if (!report.snapshot.isEmpty())

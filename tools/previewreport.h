@@ -22,6 +22,15 @@ struct PreviewReport
         quint64 duplicated = 0; // delivered twice
     };
 
+    /*! What the stand-in's V4L2 cameras tell of the device. */
+    struct Device
+    {
+        QString format;          // the device's own
+        double negotiated = 0;   // pictures per second
+        double measured = 0;     // the same, 0 while there are too few
+        QString loweringControl; // takes longer exposures than the rate allows; empty if none
+    };
+
     QString camera;
     QCameraViewfinderSettings settings; // that were chosen
     QSize size;                         // of the pictures
@@ -29,6 +38,7 @@ struct PreviewReport
     bool mirrored = false;
     qint64 presented = 0; // pictures
     std::optional<Delivery> delivery;
+    std::optional<Device> device;
     double rate = 0; // measured, pictures per second
     LatencyHistogram latencies;
     QString snapshot; // file it was saved to

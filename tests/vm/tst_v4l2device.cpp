@@ -182,6 +182,7 @@ void TestV4l2Device::cleanup()
     QCOMPARE(mappedVideoNodes(), 0);
     if (VividDevice::nodeOf(0).empty())
         QVERIFY(VividDevice::plug());
+    QTRY_VERIFY_WITH_TIMEOUT(idsOf(*makeSource()).size() == 2, 30000);
 }
 
 void TestV4l2Device::source_listsTheCaptureNodesOnly()
@@ -560,6 +561,8 @@ void TestV4l2Device::unpluggingAtAnyMoment_isAnErrorAtOnce()
         QCOMPARE(mappedVideoNodes(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(idsOf(*source).size(), 0, 30000);
         QVERIFY(VividDevice::plug());
+        if (i % 20 == 19)
+            qInfo("%d so far, slowest error after %lld ms", i + 1, slowest);
     }
     qInfo("%d unplugs, %d of them before the first picture; slowest error after %lld ms", count,
           early, slowest);

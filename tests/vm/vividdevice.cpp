@@ -76,7 +76,7 @@ bool VividDevice::unplug()
 
 bool VividDevice::plug()
 {
-    return writeDriver("bind") && settle();
+    return writeDriver("bind"); // who needs the camera waits for it anyway
 }
 
 bool VividDevice::reload(const std::string &options)

@@ -22,7 +22,7 @@ public:
     /*! Controls that have an effect only at the next streaming keep it until then. */
     void setStillPicture();
 
-    /*! Unplugs both cameras, or plugs them in again, and waits for udev to be done. */
+    /*! Unplugs both cameras, or plugs them in again; does not wait for udev. */
     static bool unplug();
     static bool plug();
     /*! Loads the driver anew with \a options. */

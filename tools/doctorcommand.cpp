@@ -1,0 +1,65 @@
+#include "doctorcommand.h"
+
+#include "commandline.h"
+#include "console.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <cameranodes.h>
+
+#include <algorithm>
+
+namespace Tool {
+namespace {
+
+using Veltra::Ocelle::CameraNode;
+
+QJsonObject toJson(const CameraNode &node)
+{
+    return { { QStringLiteral("node"), QString::fromStdString(node.node) },
+             { QStringLiteral("name"), QString::fromStdString(node.name) },
+             { QStringLiteral("id"), QString::fromStdString(node.id) },
+             { QStringLiteral("offered"), node.isOffered },
+             { QStringLiteral("finding"), QString::fromStdString(node.finding) } };
+}
+
+QString toText(const CameraNode &node)
+{
+    const QString id = node.id.empty()
+                               ? QString()
+                               : QStringLiteral(" (%1)").arg(QString::fromStdString(node.id));
+    return QStringLiteral("%1  \"%2\"%3: %4")
+            .arg(QString::fromStdString(node.node), QString::fromStdString(node.name), id,
+                 QString::fromStdString(node.finding));
+}
+
+} // namespace
+
+int examineCameras(bool json)
+{
+    const std::vector<CameraNode> nodes = Veltra::Ocelle::examineCameraNodes();
+    bool written = true;
+    if (json) {
+        QJsonArray all;
+        for (const CameraNode &node : nodes)
+            all.append(toJson(node));
+        written = printJson(QJsonDocument(all), QJsonDocument::Indented);
+    }
+    for (const CameraNode &node : nodes)
+        written = written && (json || printLine(toText(node)));
+    if (!written) {
+        printError(QStringLiteral("standard output cannot be written to"));
+        return Failure;
+    }
+    if (nodes.empty())
+        printNote(
+                QStringLiteral("There is no video node: no camera is plugged in, or the kernel has "
+                               "no driver for it (dmesg may tell)."));
+    const bool isAnyOffered = std::any_of(nodes.begin(), nodes.end(),
+                                          [](const CameraNode &node) { return node.isOffered; });
+    return isAnyOffered ? Success : Failure;
+}
+
+} // namespace Tool
