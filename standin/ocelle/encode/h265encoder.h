@@ -30,11 +30,14 @@ public:
 
 private:
     void close();
+    void encodeLastKeyFrame();
+    void setInput(const PictureView &picture, std::int64_t index, bool keyFrame);
     void configure(x265_param *param, const EncoderSettings &settings) const;
 
     const X265Library &m_library;
     x265_encoder *m_handle = nullptr;
     bool m_wasOpen = false; // before
+    int m_lineLength = 0;   // pixels
     x265_picture m_input;
     x265_picture m_output;
 };
