@@ -1,7 +1,6 @@
 #include "encodinglistener.h"
 #include "rawpicture.h"
 #include "scriptedencoders.h"
-#include "stderrcapture.h"
 
 #include <QtTest>
 
@@ -290,52 +289,6 @@ private slots:
         QVERIFY(encode(3));
         QCOMPARE(m_script->opened.back().width, 64);
         QCOMPARE(m_listener.units.size(), std::size_t(3));
-    }
-
-    void open_takesTheNextEncoder_whereThePreferredOneFails()
-    {
-        const auto hardware =
-                std::make_shared<ScriptedEncoders>(CodecType::H264, "hardware.x", true);
-        hardware->openError = "the device is busy";
-        LocalVideoEncoder encoder(CodecType::H264, { hardware, m_script });
-        StderrCapture lines;
-        QVERIFY(encoder.initialize(config()));
-        QCOMPARE(lines.lines(), QStringList { "ocelle: taking scripted, since hardware.x does not "
-                                              "open (the device is busy)" });
-        QCOMPARE(hardware->alive, 0);
-        QCOMPARE(m_script->alive, 1);
-    }
-
-    void open_takesTheNextEncoder_whereThePreferredOneRefusesALaterSize()
-    {
-        const auto hardware =
-                std::make_shared<ScriptedEncoders>(CodecType::H264, "hardware.x", true);
-        m_encoder = std::make_shared<LocalVideoEncoder>(
-                CodecType::H264,
-                std::vector<std::shared_ptr<EncoderFactory>> { hardware, m_script });
-        m_encoder->lockAndSetListener(&m_listener);
-        QVERIFY(m_encoder->initialize(config()));
-        QVERIFY(encode(1));
-        hardware->openError = "odd size";
-        StderrCapture lines;
-        QVERIFY(encode(2, false, 63, 47));
-        QVERIFY(lines.lines().join(' ').contains("taking scripted"));
-        QCOMPARE(m_listener.units.size(), std::size_t(2));
-        QVERIFY(m_listener.errors.empty());
-    }
-
-    void open_fails_whereAllInstancesAreInUse()
-    {
-        const auto rare = std::make_shared<ScriptedEncoders>(CodecType::H264, "rare", false, 1);
-        auto first = std::make_shared<LocalVideoEncoder>(
-                CodecType::H264, std::vector<std::shared_ptr<EncoderFactory>> { rare });
-        LocalVideoEncoder second(CodecType::H264, { rare });
-        second.lockAndSetListener(&m_listener);
-        QVERIFY(first->initialize(config()));
-        QVERIFY(!second.initialize(config()));
-        QVERIFY(lastErrorHas("all 1 instances of rare are in use"));
-        first.reset();
-        QVERIFY(second.initialize(config()));
     }
 
     void callback_mayDetach_changeTheBitrate_andDropTheEncoder()
