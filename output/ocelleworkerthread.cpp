@@ -2,6 +2,7 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QEvent>
 
 #include <utility>
 
@@ -13,8 +14,8 @@ OcelleWorkerThread::OcelleWorkerThread(const QString &name, OcelleStatusRelay::H
 
 void OcelleWorkerThread::start(QObject *worker)
 {
-    m_worker = worker;
     worker->moveToThread(&m_thread);
+    m_last.moveToThread(&m_thread);
     m_thread.start(QThread::InheritPriority);
 }
 
@@ -26,11 +27,7 @@ bool OcelleWorkerThread::isRunning() const
 void OcelleWorkerThread::quit()
 {
     m_relay.release();
-    // The end of a local object is a signal that can be queued behind the worker's own calls.
-    QObject last;
-    QObject::connect(
-            &last, &QObject::destroyed, m_worker, [this] { m_thread.quit(); },
-            Qt::QueuedConnection);
+    QCoreApplication::postEvent(&m_last, new QEvent(QEvent::User));
 }
 
 void OcelleWorkerThread::waitServingEvents()

@@ -36,7 +36,14 @@ public:
     void deliverStatus(int status);
 
 private:
+    /*! Ends its thread on any event: the last one behind the calls queued to the worker. */
+    class Last : public QObject
+    {
+    protected:
+        void customEvent(QEvent *) override { thread()->quit(); }
+    };
+
     OcelleStatusRelay m_relay;
     QThread m_thread;
-    QObject *m_worker = nullptr; // not owned
+    Last m_last; // lives in that thread
 };
