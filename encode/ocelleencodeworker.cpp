@@ -19,9 +19,11 @@ constexpr auto FramesWaiting = static_cast<QEvent::Type>(1000); // event of the 
 
 } // namespace
 
-OcelleEncodeWorker::ChangeSettingsEvent::ChangeSettingsEvent(const QVideoEncoderSettings &settings)
+OcelleEncodeWorker::ChangeSettingsEvent::ChangeSettingsEvent(const QVideoEncoderSettings &settings,
+                                                             quint32 run)
     : QEvent(EventType)
     , m_settings(settings)
+    , m_run(run)
 {
 }
 
@@ -73,13 +75,15 @@ bool OcelleEncodeWorker::changeStartSettings(const QVideoEncoderSettings &settin
 
 bool OcelleEncodeWorker::changeSettings(const QVideoEncoderSettings &settings)
 {
+    quint32 run;
     {
         QMutexLocker locker(&m_mutex);
         if (!m_isActive || !m_isApplied) // one that is being stopped needs none
             return true;
         m_settings = settings;
+        run = m_run;
     }
-    QCoreApplication::postEvent(this, new ChangeSettingsEvent(settings));
+    QCoreApplication::postEvent(this, new ChangeSettingsEvent(settings, run));
     return true;
 }
 
@@ -92,6 +96,7 @@ bool OcelleEncodeWorker::enqueue(const QVideoFrame &frame)
         m_queue.append(frame);
         if (m_queue.size() > 1)
             return true;
+        ++m_passesPosted;
     }
     QCoreApplication::postEvent(this, new QEvent(FramesWaiting));
     return true;
@@ -213,6 +218,7 @@ OcelleEncodeWorker::nextStep(std::shared_ptr<Veltra::Ocelle::VideoEncoder> *enco
         m_isFlushing = false;
         m_isStartWaiting = false;
         m_isLoading = true;
+        ++m_run;
         m_settings = m_pendingSettings;
         encoder->swap(m_pendingEncoder);
         return Step::Start;
@@ -244,17 +250,28 @@ void OcelleEncodeWorker::start(std::shared_ptr<Veltra::Ocelle::VideoEncoder> enc
 void OcelleEncodeWorker::stop()
 {
     if (!isFlushing())
-        encode();
+        encodeQueued();
     if (isFlushing())
         m_encoder.flush();
     else
         m_encoder.drain();
+    postIfFramesWait();
 }
 
 void OcelleEncodeWorker::encode()
 {
+    encodeQueued();
+    postIfFramesWait();
+}
+
+/*!
+ * Frames that come in meanwhile wait for the next pass: as long as they keep coming, changed
+ * settings and requests would not get their turn.
+ */
+void OcelleEncodeWorker::encodeQueued()
+{
     assertOnOwnThread(this);
-    for (;;) {
+    for (int left = queued(); left > 0; --left) {
         QVideoFrame frame(m_noFrame); // goes at the end of each round
         if (!takeFrame(&frame))
             return;
@@ -288,15 +305,51 @@ bool OcelleEncodeWorker::takeFrame(QVideoFrame *frame)
 bool OcelleEncodeWorker::event(QEvent *event)
 {
     if (event->type() == FramesWaiting) {
+        {
+            QMutexLocker locker(&m_mutex);
+            m_passesPosted = qMax(0, m_passesPosted - 1);
+        }
         encode();
         return true;
     }
     if (event->type() == ChangeSettingsEvent::EventType) {
-        if (!m_encoder.changeSettings(static_cast<ChangeSettingsEvent *>(event)->settings()))
-            reportEncoderError();
+        changeSettings(*static_cast<ChangeSettingsEvent *>(event));
         return true;
     }
     return QObject::event(event);
+}
+
+/*! An applyState() that was queued earlier may have stopped the encoder, and started the next. */
+void OcelleEncodeWorker::changeSettings(const ChangeSettingsEvent &event)
+{
+    if (event.run() != 0 && isOver(event.run()))
+        return;
+    if (!m_encoder.changeSettings(event.settings()))
+        reportEncoderError();
+}
+
+bool OcelleEncodeWorker::isOver(quint32 run) const
+{
+    QMutexLocker locker(&m_mutex);
+    return run != m_run || !m_isActive;
+}
+
+int OcelleEncodeWorker::queued() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_queue.size();
+}
+
+/*! For frames that came while others were taken, so that none of them posted an event. */
+void OcelleEncodeWorker::postIfFramesWait()
+{
+    {
+        QMutexLocker locker(&m_mutex);
+        if (m_queue.isEmpty() || m_passesPosted > 0)
+            return;
+        ++m_passesPosted;
+    }
+    QCoreApplication::postEvent(this, new QEvent(FramesWaiting));
 }
 
 bool OcelleEncodeWorker::isFlushing() const

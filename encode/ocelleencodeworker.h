@@ -89,10 +89,15 @@ private:
     void start(std::shared_ptr<Veltra::Ocelle::VideoEncoder> encoder);
     void stop();
     void encode();
+    void encodeQueued();
+    void postIfFramesWait();
+    int queued() const;
     bool takeFrame(QVideoFrame *frame);
     bool isFlushing() const;
     void setRequested(bool run);
     void postApplyState();
+    bool isOver(quint32 run) const;
+    void changeSettings(const ChangeSettingsEvent &event);
     void reportEncoderError();
 
     OcelleEncoder m_encoder;              // operations: worker thread
@@ -101,6 +106,7 @@ private:
 
     mutable QMutex m_mutex; // guards all below; never held while calling out or waiting
     OcelleFrameQueue m_queue;
+    int m_passesPosted = 0; // events on their way that tell of waiting frames
     int m_depth = 20;
     int m_threshold = 0;
     bool m_isFlushing = false; // from flush() to the next start
@@ -109,6 +115,8 @@ private:
     bool m_isApplied = false;   // the state acted on
     bool m_isActive = false;    // the encoder is starting or active
     bool m_isLoading = false;   // within start(), m_settings not yet read
+
+    quint32 m_run = 0; // number of starts so far, the one under way included
 
     // The start that is waiting for its turn
     bool m_isStartWaiting = false;
@@ -125,10 +133,13 @@ class OcelleEncodeWorker::ChangeSettingsEvent : public QEvent
 public:
     static const QEvent::Type EventType = static_cast<QEvent::Type>(1001);
 
-    explicit ChangeSettingsEvent(const QVideoEncoderSettings &settings);
+    /*! For the encoder of the start with the number \a run only; 0: for whatever encoder there is. */
+    explicit ChangeSettingsEvent(const QVideoEncoderSettings &settings, quint32 run = 0);
 
     const QVideoEncoderSettings &settings() const { return m_settings; }
+    quint32 run() const { return m_run; }
 
 private:
     const QVideoEncoderSettings m_settings;
+    const quint32 m_run;
 };

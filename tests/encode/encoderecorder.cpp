@@ -26,7 +26,11 @@ EncodeRecorder::EncodeRecorder(QPVEncodeControl *control)
             Qt::DirectConnection);
     connect(
             control, &QPVEncodeControl::encodedVideoFrame, this,
-            [log](const QPVEncodedVideoFrame &frame) {
+            [this, log](const QPVEncodedVideoFrame &frame) {
+                {
+                    QMutexLocker locker(&m_mutex);
+                    m_frames.append(frame);
+                }
                 log(QStringLiteral("encodedVideoFrame(%1)").arg(frame.meta().timestamp));
             },
             Qt::DirectConnection);
@@ -40,15 +44,11 @@ EncodeRecorder::EncodeRecorder(QPVEncodeControl *control)
             [this, errorText](QPVEncoder::Error code, const QString &text) {
                 errors.append(errorText(code, text));
             });
-    connect(control, &QPVEncodeControl::encodedVideoFrame, this,
-            [this](const QPVEncodedVideoFrame &frame) { frames.append(frame); });
     connect(control, &QPVEncodeControl::endOfStream, this, [this] { ++endsOfStream; });
 }
 
-void EncodeRecorder::clear()
+QList<QPVEncodedVideoFrame> EncodeRecorder::frames() const
 {
-    statuses.clear();
-    errors.clear();
-    frames.clear();
-    endsOfStream = 0;
+    QMutexLocker locker(&m_mutex);
+    return m_frames;
 }

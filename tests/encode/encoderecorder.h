@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QMutex>
 #include <QObject>
 #include <QStringList>
 
@@ -9,8 +10,8 @@
 class QPVEncodeControl;
 
 /*!
- * Records what an encode control tells. The lists fill on the recorder's thread, wherever a signal
- * comes from; the call log gets every signal as "control" on the thread that emits it.
+ * Records what an encode control tells. The public lists fill on the recorder's thread, wherever a
+ * signal comes from; the call log gets every signal as "control" on the thread that emits it.
  */
 class EncodeRecorder : public QObject
 {
@@ -18,10 +19,14 @@ class EncodeRecorder : public QObject
 public:
     explicit EncodeRecorder(QPVEncodeControl *control);
 
-    void clear();
-
     QList<int> statuses;
     QStringList errors; // "code text"
-    QList<QPVEncodedVideoFrame> frames;
     int endsOfStream = 0;
+
+    /*! Every frame that the control has told of up to now, on whatever thread. */
+    QList<QPVEncodedVideoFrame> frames() const;
+
+private:
+    mutable QMutex m_mutex; // guards m_frames
+    QList<QPVEncodedVideoFrame> m_frames;
 };

@@ -212,8 +212,8 @@ private slots:
         LibraryThread::run("FakeEncoder", [&] {
             encoder->deliver(std::string("a\0b", 3), ~0UL, static_cast<FrameType>(type));
         });
-        QTRY_COMPARE(f.recorder.frames.size(), 1); // the buffer has gone meanwhile
-        const QPVEncodedVideoFrame frame = f.recorder.frames.first();
+        QTRY_COMPARE(f.recorder.frames().size(), 1); // the buffer has gone meanwhile
+        const QPVEncodedVideoFrame frame = f.recorder.frames().first();
         QVERIFY(frame.isValid());
         QCOMPARE(frame.data(), QByteArray("a\0b", 3));
         QTEST(int(frame.meta().frameType), "frameType");
@@ -225,9 +225,9 @@ private slots:
     {
         EncodeServiceFixture f;
         f.session()->onEncodedFrame(nullptr, 0, 5, FrameType::Key);
-        QCOMPARE(f.recorder.frames.size(), 1);
-        QVERIFY(!f.recorder.frames.first().isValid());
-        QCOMPARE(f.recorder.frames.first().meta().timestamp, quint64(5));
+        QCOMPARE(f.recorder.frames().size(), 1);
+        QVERIFY(!f.recorder.frames().first().isValid());
+        QCOMPARE(f.recorder.frames().first().meta().timestamp, quint64(5));
     }
 
     void encodersError_isReportedWithItsText()
@@ -311,9 +311,9 @@ private slots:
             QVERIFY(f.source->addSink(&sink));
             QVERIFY(f.source->removeSink(&sink));
         }
-        QTRY_COMPARE(f.recorder.frames.size(), 500);
+        QTRY_COMPARE(f.recorder.frames().size(), 500);
         for (int i = 0; i < 500; ++i)
-            QCOMPARE(f.recorder.frames.at(i).meta().timestamp, quint64(i + 1));
+            QCOMPARE(f.recorder.frames().at(i).meta().timestamp, quint64(i + 1));
         int last = 0;
         for (const QString &call : calls("sink").filter("present")) {
             const int time = call.mid(call.indexOf('(') + 1).chopped(1).toInt();

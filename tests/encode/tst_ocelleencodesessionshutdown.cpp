@@ -202,7 +202,7 @@ private slots:
         QVERIFY(calls("sink").contains("sink: present(99)"));
         QVERIFY(calls("sink").indexOf("sink: present(99)") <
                 calls("sink").indexOf("sink: finish()"));
-        QTRY_COMPARE(f.recorder.frames.size(), 1);
+        QTRY_COMPARE(f.recorder.frames().size(), 1);
         QCOMPARE(f.recorder.endsOfStream, 1);
         QVERIFY(f.activate()); // and now as the service goes
         f.service.reset();

@@ -62,7 +62,7 @@ private slots:
         QVERIFY(f->waitForStatus(Unloaded));
         QCOMPARE(calls("sink").mid(3),
                  (QStringList { "sink: present(5)", "sink: finish()", "sink: stop()" }));
-        QTRY_COMPARE(f->recorder.frames.size(), 1);
+        QTRY_COMPARE(f->recorder.frames().size(), 1);
     }
 
     void frame_goesToTheSinkBeforeTheSignal()
@@ -208,7 +208,7 @@ private slots:
         QVERIFY(f->activate());
         QVERIFY(f.deliver(1));
         QCOMPARE(calls("sink"), QStringList());
-        QTRY_COMPARE(f->recorder.frames.size(), 1);
+        QTRY_COMPARE(f->recorder.frames().size(), 1);
     }
 
     void removeSink_waitsForAFrameThatIsBeingPresented()
