@@ -3,16 +3,45 @@
 #include <QCamera>
 #include <QDebug>
 #include <QEventLoop>
+#include <QSet>
 #include <QTimer>
+
+#include <ocelle/cameramanager.h>
+
+#include <algorithm>
 
 namespace Tool {
 namespace {
 constexpr int LoadTimeout = 10000; // ms
+
+QSet<QString> platformIds()
+{
+    using namespace Veltra::Ocelle;
+    CameraManager *const manager = OcelleManager();
+    QSet<QString> ids;
+    CameraInfo info;
+    for (int index = 0; manager && manager->getCameraInfo(index, info); ++index)
+        ids.insert(QString::fromStdString(info.id));
+    return ids;
+}
+
 } // namespace
+
+QList<QCameraInfo> availableCameras()
+{
+    QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
+    const QSet<QString> ours = platformIds();
+    cameras.erase(std::remove_if(cameras.begin(), cameras.end(),
+                                 [&ours](const QCameraInfo &camera) {
+                                     return !ours.contains(camera.deviceName());
+                                 }),
+                  cameras.end());
+    return cameras;
+}
 
 QCameraInfo findCamera(const QString &id)
 {
-    const QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
+    const QList<QCameraInfo> cameras = availableCameras();
     for (const QCameraInfo &camera : cameras) {
         if (camera.deviceName() == id)
             return camera;
@@ -28,7 +57,7 @@ QCameraInfo findCamera(const QString &id)
 QString noSuchCamera(const QString &id)
 {
     QStringList ids;
-    for (const QCameraInfo &camera : QCameraInfo::availableCameras())
+    for (const QCameraInfo &camera : availableCameras())
         ids.append(camera.deviceName());
     const QString none = QStringLiteral("there is no camera \"%1\"; ").arg(id);
     if (ids.isEmpty())

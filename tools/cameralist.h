@@ -9,6 +9,12 @@
 namespace Tool {
 
 /*!
+ * The cameras of this platform, as Qt has them. Those of other plugins are left out: they would be
+ * the same devices again, under other ids, and each may take its time to say that it is in use.
+ */
+QList<QCameraInfo> availableCameras();
+
+/*!
  * The camera with that id, or whose id is that one with some characters percent-encoded, as those
  * that Qt cannot carry in an id are; a null one if there is none.
  */

@@ -117,7 +117,7 @@ QString toText(const QCameraInfo &camera, const Offer &offer)
 
 int listCameras(bool json)
 {
-    const QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
+    const QList<QCameraInfo> cameras = availableCameras();
     if (cameras.isEmpty())
         printNote(QStringLiteral("There are no cameras."));
     bool allOpened = true;

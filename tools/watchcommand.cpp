@@ -1,10 +1,10 @@
 #include "watchcommand.h"
 
+#include "cameralist.h"
 #include "commandline.h"
 #include "console.h"
 #include "interruption.h"
 
-#include <QCameraInfo>
 #include <QCoreApplication>
 #include <QJsonObject>
 
@@ -33,7 +33,7 @@ int WatchCommand::run()
 void WatchCommand::look()
 {
     QMap<QString, QString> cameras;
-    for (const QCameraInfo &camera : QCameraInfo::availableCameras())
+    for (const QCameraInfo &camera : availableCameras())
         cameras.insert(camera.deviceName(), camera.description());
     const QMap<QString, QString> before = std::exchange(m_cameras, cameras);
     for (auto camera = before.begin(); camera != before.end(); ++camera) {

@@ -8,7 +8,8 @@ namespace {
 constexpr int Patience = 30000; // ms
 } // namespace
 
-ToolProcess::ToolProcess(const QStringList &arguments, const QString &cameras)
+ToolProcess::ToolProcess(const QStringList &arguments, const QString &cameras,
+                         const QString &plugins)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("OCELLE_CAMERAS"), cameras);
@@ -16,6 +17,8 @@ ToolProcess::ToolProcess(const QStringList &arguments, const QString &cameras)
     for (const char *name : { "QT_PLUGIN_PATH", "QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY",
                               "QT_MULTIMEDIA_PREFERRED_PLUGINS" })
         environment.remove(QLatin1String(name));
+    if (!plugins.isEmpty())
+        environment.insert(QStringLiteral("QT_PLUGIN_PATH"), plugins);
     m_process.setProcessEnvironment(environment);
     m_process.start(QStringLiteral(OCELLE_TOOL), arguments);
     m_process.waitForStarted(Patience);

@@ -21,7 +21,8 @@ struct ToolResult
 class ToolProcess
 {
 public:
-    ToolProcess(const QStringList &arguments, const QString &cameras);
+    /*! \a plugins is a folder of Qt plugins besides the tool's own. */
+    ToolProcess(const QStringList &arguments, const QString &cameras, const QString &plugins = {});
     ~ToolProcess();
 
     /*! Waits for one more line of standard output; empty if none comes. */

@@ -15,6 +15,7 @@ private slots:
     void list_tellsEverythingInJson();
     void list_isEmpty_whenThereAreNoCameras();
     void list_showsTheOthers_whenOneEntryIsWrong();
+    void list_leavesOutTheCamerasOfOtherPlugins();
     void wrongArguments_areExplained();
 };
 
@@ -80,6 +81,24 @@ void ListToolTest::list_showsTheOthers_whenOneEntryIsWrong()
     QCOMPARE(result.exitCode, 0);
     QVERIFY(result.output.contains("pattern:back"));
     QVERIFY(result.errors.contains("nonsense"));
+}
+
+void ListToolTest::list_leavesOutTheCamerasOfOtherPlugins()
+{
+    const QString plugins = QStringLiteral(OCELLE_OTHER_PLUGINS);
+    const auto run = [&plugins](const QStringList &arguments) {
+        return ToolProcess(arguments, QStringLiteral("pattern"), plugins).finish();
+    };
+    const ToolResult listed = run({ QStringLiteral("list") });
+    QVERIFY2(listed.errors.contains("asked for other cameras"), listed.errors);
+    QVERIFY2(!listed.output.contains("other"), listed.output);
+    QVERIFY(listed.output.contains("pattern:back") && listed.output.contains("pattern:front"));
+    QCOMPARE(listed.exitCode, 0);
+
+    const ToolResult previewed = run({ QStringLiteral("preview"), QStringLiteral("/dev/other"),
+                                       QStringLiteral("--frames"), QStringLiteral("1") });
+    QVERIFY(previewed.exitCode > 0);
+    QVERIFY2(previewed.errors.contains("there is no camera \"/dev/other\""), previewed.errors);
 }
 
 void ListToolTest::wrongArguments_areExplained()
