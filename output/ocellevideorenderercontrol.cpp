@@ -3,6 +3,8 @@
 #include "ocellevideooutput.h"
 #include "ocellevideosession.h"
 
+#include <utility>
+
 OcelleVideoRendererControl::OcelleVideoRendererControl(OcelleVideoSession *session, QObject *parent)
     : QVideoRendererControl(parent)
     , m_session(session)
@@ -37,11 +39,16 @@ void OcelleVideoRendererControl::setSurface(QAbstractVideoSurface *surface)
     m_session->setVideoOutput(m_output);
 }
 
+/*!
+ * Forgets the output before anything else: as it goes it stops its surface, and the application may
+ * answer that by setting another one or by taking the service down.
+ */
 void OcelleVideoRendererControl::dropOutput()
 {
-    if (!m_output)
+    OcelleVideoOutput *const output = std::exchange(m_output, nullptr);
+    if (!output)
         return;
     m_session->setVideoOutput(nullptr);
-    delete m_output;
-    m_output = nullptr;
+    output->setParent(nullptr); // or a session that is deleted meanwhile takes it along once more
+    delete output;
 }

@@ -152,6 +152,46 @@ private slots:
         QCOMPARE(CallLog::instance().count("output 1: stop()"), 0); // the sessions' business
     }
 
+    void surfaceSetWhileTheOutputIsDeleted_getsANewOutput()
+    {
+        FakePlatform platform;
+        Session session;
+        OcelleVideoRendererControl control(&session, nullptr);
+        FakeSurface a;
+        FakeSurface b;
+        control.setSurface(&a);
+        // An output stops its surface as it goes, which the application may answer with another.
+        CallLog::instance().setObserver([&](const Call &call) {
+            if (call.text() == "output 1: destroyed")
+                control.setSurface(&b);
+        });
+        control.setSurface(nullptr);
+        QCOMPARE(control.surface(), &b);
+        QCOMPARE(FakeVideoOutput::alive(), 1);
+        QVERIFY(session.output());
+        session.deliver(4);
+        QCOMPARE(FakeVideoOutput::at(2)->surface(), &b);
+        QCOMPARE(FakeVideoOutput::at(2)->buffers(), QVector<int> { 4 });
+    }
+
+    void serviceTakenDownWhileTheOutputIsDeleted_isSafe()
+    {
+        FakePlatform platform;
+        auto *session = new Session;
+        auto *control = new OcelleVideoRendererControl(session, nullptr);
+        FakeSurface surface;
+        control->setSurface(&surface);
+        CallLog::instance().setObserver([&](const Call &call) {
+            if (call.text() == "output 1: destroyed") {
+                delete control;
+                delete session;
+            }
+        });
+        control->setSurface(nullptr);
+        QCOMPARE(FakeVideoOutput::alive(), 0);
+        QCOMPARE(CallLog::instance().count("output 1: destroyed"), 1);
+    }
+
     void surfaceAfterNull_getsANewOutput()
     {
         FakePlatform platform;
