@@ -17,8 +17,9 @@ OcelleSelector::OcelleSelector(OcelleProvider *provider, QObject *parent)
     : QVideoDeviceSelectorControl(parent)
     , m_provider(provider)
 {
-    updateDefaultCamera();
+    // Listens first: a change on another thread while the default is asked for arrives later.
     connect(provider, &OcelleProvider::devicesChanged, this, &OcelleSelector::onDevicesChanged);
+    updateDefaultCamera();
 }
 
 int OcelleSelector::deviceCount() const
@@ -29,13 +30,13 @@ int OcelleSelector::deviceCount() const
 QString OcelleSelector::deviceName(int index) const
 {
     const QList<QByteArray> ids = m_provider->devices(cameraService());
-    return index < ids.size() ? QString(ids.at(index)) : QString();
+    return index >= 0 && index < ids.size() ? QString(ids.at(index)) : QString();
 }
 
 QString OcelleSelector::deviceDescription(int index) const
 {
     const QList<QByteArray> ids = m_provider->devices(cameraService());
-    if (index >= ids.size())
+    if (index < 0 || index >= ids.size())
         return QString();
     return m_provider->deviceDescription(cameraService(), ids.at(index));
 }

@@ -11,7 +11,7 @@ class OcelleProvider;
  *
  * Threads: application thread; the provider's changes from elsewhere arrive queued.
  * Owner:   OcelleCaptureService.
- * Errors:  an index past the end has a null name and description; indices below -1 are not given.
+ * Errors:  an index that is not in the list, -1 for one, has a null name and description.
  */
 class OcelleSelector : public QVideoDeviceSelectorControl
 {

@@ -40,6 +40,30 @@ public:
     QStringList emitted;
 };
 
+/*! Loses its default camera, the front one, right after it was first asked for it. */
+class LosingProvider : public OcelleProvider
+{
+public:
+    explicit LosingProvider(FakePlatform &platform)
+        : OcelleProvider(&platform.cameras, &platform.codecs)
+        , m_platform(platform)
+    {
+    }
+
+    QByteArray defaultDevice(const QByteArray &service) const override
+    {
+        const QByteArray id = OcelleProvider::defaultDevice(service);
+        if (id == "front") {
+            m_platform.cameras.remove("front");
+            LibraryThread::run("HotPlug", [&] { m_platform.cameras.notifyRemoved("front"); });
+        }
+        return id;
+    }
+
+private:
+    FakePlatform &m_platform;
+};
+
 } // namespace
 
 class TestSelector : public QObject
@@ -62,6 +86,25 @@ private slots:
         QVERIFY(f.selector->deviceName(0).isNull());
         QVERIFY(f.selector->deviceDescription(0).isNull());
         QVERIFY(f.selector->getCameraIdByIndex(0).isNull());
+        QVERIFY(f.selector->deviceName(f.selector->selectedDevice()).isNull());
+    }
+
+    void noDevice_hasNoNameOrDescription()
+    {
+        SelectorFixture f({ "back", "front" });
+        QVERIFY(f.selector->deviceName(-1).isNull());
+        QVERIFY(f.selector->deviceDescription(-1).isNull());
+    }
+
+    void cameraLostWhileTheSelectionIsMade_isNotMissed()
+    {
+        FakePlatform platform;
+        platform.cameras.add("back");
+        platform.cameras.add("front", CameraFacing::Front);
+        LosingProvider provider(platform);
+        OcelleSelector selector(&provider, nullptr);
+        QTRY_COMPARE(selector.selectedDevice(), 0);
+        QCOMPARE(selector.deviceName(0), QString("back"));
     }
 
     void devices_areThoseOfTheProvider()
