@@ -21,9 +21,7 @@ void OcelleCaptureWorker::requestState(QCamera::State state)
 {
     {
         QMutexLocker locker(&m_requestMutex);
-        m_transitionFloor = qMin(m_transitionFloor, state);
-        m_requestedState = state;
-        ++m_requestSerial;
+        setRequest(state);
     }
     postApplyState();
 }
@@ -58,7 +56,12 @@ void OcelleCaptureWorker::setDevice(const QString &id)
 
 bool OcelleCaptureWorker::load()
 {
-    const quint32 serial = requestSerial();
+    return load(requestSerial());
+}
+
+/*! Loads on behalf of the request numbered \a serial. */
+bool OcelleCaptureWorker::load(quint32 serial)
+{
     QString id;
     {
         QMutexLocker locker(&m_requestMutex);
@@ -74,7 +77,12 @@ bool OcelleCaptureWorker::load()
 
 bool OcelleCaptureWorker::start()
 {
-    const quint32 serial = requestSerial();
+    return start(requestSerial());
+}
+
+/*! Starts on behalf of the request numbered \a serial. */
+bool OcelleCaptureWorker::start(quint32 serial)
+{
     QCameraViewfinderSettings settings;
     if (!m_session || !m_session->applyViewfinderSettings(&settings)) {
         fallBackTo(QCamera::LoadedState, serial);
@@ -104,7 +112,8 @@ void OcelleCaptureWorker::unload()
 void OcelleCaptureWorker::applyState()
 {
     assertOnOwnThread(this);
-    switch (nextStep()) {
+    quint32 serial;
+    switch (nextStep(&serial)) {
     case Step::None:
         break;
     case Step::Unload:
@@ -114,10 +123,10 @@ void OcelleCaptureWorker::applyState()
         stop();
         break;
     case Step::Load:
-        load();
+        load(serial);
         break;
     case Step::Start:
-        start();
+        start(serial);
         break;
     }
 }
@@ -148,10 +157,14 @@ void OcelleCaptureWorker::onStatusChanged(QCamera::Status status)
     emit statusChanged(status);
 }
 
-/*! Decides on the next step and raises the floor once the device has come down to it. */
-OcelleCaptureWorker::Step OcelleCaptureWorker::nextStep()
+/*!
+ * Decides on the next step and raises the floor once the device has come down to it. \a serial is
+ * set to the number of the request that the step serves.
+ */
+OcelleCaptureWorker::Step OcelleCaptureWorker::nextStep(quint32 *serial)
 {
     QMutexLocker locker(&m_requestMutex);
+    *serial = m_requestSerial;
     if (m_transitionFloor < m_currentState)
         return m_transitionFloor == QCamera::UnloadedState ? Step::Unload : Step::Stop;
     if (m_currentState >= m_requestedState)
@@ -192,8 +205,17 @@ void OcelleCaptureWorker::fallBackTo(QCamera::State state, quint32 serial)
         QMutexLocker locker(&m_requestMutex);
         if (m_requestSerial != serial && m_requestedState < state)
             return;
+        setRequest(state);
     }
-    requestState(state);
+    postApplyState();
+}
+
+/*! With the request mutex held. */
+void OcelleCaptureWorker::setRequest(QCamera::State state)
+{
+    m_transitionFloor = qMin(m_transitionFloor, state);
+    m_requestedState = state;
+    ++m_requestSerial;
 }
 
 void OcelleCaptureWorker::reportError(QCamera::Error code, const QString &text)

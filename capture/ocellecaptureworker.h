@@ -56,10 +56,13 @@ private slots:
 private:
     enum class Step { None, Unload, Stop, Load, Start };
 
-    Step nextStep();
+    Step nextStep(quint32 *serial);
+    bool load(quint32 serial);
+    bool start(quint32 serial);
     void postApplyState();
     quint32 requestSerial() const;
     void fallBackTo(QCamera::State state, quint32 serial);
+    void setRequest(QCamera::State state);
     void reportError(QCamera::Error code, const QString &text);
 
     OcelleDevice m_device;                 // calls that change it: worker thread
