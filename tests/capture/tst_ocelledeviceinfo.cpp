@@ -1,5 +1,6 @@
 #include "calllog.h"
 #include "captureservicefixture.h"
+#include "librarythread.h"
 #include "ocelledevice.h"
 
 #include <QtTest>
@@ -117,6 +118,42 @@ private slots:
         CallLog::instance().clear();
         QVERIFY(f.device->supportedViewfinderSettings().isEmpty());
         QCOMPARE(CallLog::instance().texts(), QStringList("camera back: getInfo()"));
+    }
+
+    void camera_isNotLetGoWhileAnotherThreadAsksIt_data()
+    {
+        QTest::addColumn<bool>("settings");
+        QTest::newRow("which way it looks") << false;
+        QTest::newRow("what it can deliver") << true;
+    }
+
+    void camera_isNotLetGoWhileAnotherThreadAsksIt()
+    {
+        QFETCH(bool, settings);
+        DeviceFixture f;
+        f.device->load("back", nullptr);
+        f.script->infoGate.close();
+        QCamera::Position position = QCamera::UnspecifiedPosition;
+        int count = 0;
+        LibraryThread asker("Asker", [&] {
+            if (settings)
+                count = f.device->supportedViewfinderSettings().size();
+            else
+                position = f.device->facing();
+        });
+        QTRY_COMPARE(f.script->infoGate.waiting(), 1);
+        LibraryThread closer("Closer", [&] { f.device->close(); });
+        QTRY_COMPARE(f.device->status(), QCamera::UnloadingStatus);
+        CallLog::instance().add("gate", "opened");
+        f.script->infoGate.open();
+        asker.join();
+        closer.join();
+        QCOMPARE(f.device->status(), QCamera::UnloadedStatus);
+        QCOMPARE(count, settings ? 6 : 0);
+        QCOMPARE(position, settings ? QCamera::UnspecifiedPosition : QCamera::BackFace);
+        const QVector<Call> calls = CallLog::instance().calls();
+        QCOMPARE(calls.last().text(), QString("camera back: destroyed"));
+        QCOMPARE(calls.last().threadName, QString("Closer")); // never the one that only asked
     }
 
     void pixelFormats_areTranslated_data()
