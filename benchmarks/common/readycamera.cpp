@@ -27,8 +27,8 @@ ReadyCamera::~ReadyCamera()
 
 void ReadyCamera::proceed(std::uint64_t pictures)
 {
-    while (pictures--)
-        sem_post(&m_go);
+    m_allowed += pictures;
+    sem_post(&m_go);
 }
 
 void ReadyCamera::waitUntilDone()
@@ -70,10 +70,15 @@ bool ReadyCamera::captureStarted()
 
 void ReadyCamera::deliver()
 {
+    std::uint64_t allowed = 0;
     for (std::uint64_t i = 0; i < m_pictures; ++i) {
-        sem_wait(&m_go);
-        if (m_stop)
-            return;
+        while (allowed == 0) {
+            sem_wait(&m_go);
+            if (m_stop)
+                return;
+            allowed = m_allowed.exchange(0);
+        }
+        --allowed;
         std::shared_ptr<Picture> picture = m_pool->take();
         if (!picture)
             continue;

@@ -52,6 +52,9 @@ private:
     std::vector<std::uint8_t> m_memory; // one NV12 picture, shared by all buffers
     std::thread m_thread;
     std::atomic<bool> m_stop { false };
+    std::atomic<std::uint64_t> m_allowed {
+        0
+    }; // pictures that proceed() let go and are to be taken up
     sem_t m_go;
     sem_t m_done;
 };
