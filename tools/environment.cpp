@@ -40,7 +40,10 @@ void prepareEnvironment()
             platforms += "xcb;";
         qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
     }
-    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false")); // QT_LOGGING_RULES prevails
+    // A camera's errors are told by the commands, once. QT_LOGGING_RULES prevails.
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n"
+                                                    "veltra.palaver.capture.warning=false\n"
+                                                    "veltra.palaver.capture.critical=false"));
     qInstallMessageHandler(writeMessage);
 }
 

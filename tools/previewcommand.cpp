@@ -141,15 +141,19 @@ void PreviewCommand::openWindow()
 
 void PreviewCommand::onError(QCamera::Error error)
 {
-    if (error != QCamera::NoError)
-        finish(Failure,
-               QStringLiteral("camera %1: %2").arg(m_options.camera, m_camera->errorString()));
+    if (error == QCamera::NoError)
+        return;
+    // Where the camera has gone, another one took its place, and the trouble may be that one's.
+    finish(Failure, findCamera(m_options.camera).isNull()
+                            ? gone()
+                            : QStringLiteral("camera %1: %2")
+                                      .arg(m_options.camera, m_camera->errorString()));
 }
 
 void PreviewCommand::onTick()
 {
     if (findCamera(m_options.camera).isNull()) { // else another camera would take its place
-        finish(Failure, QStringLiteral("camera %1 has gone").arg(m_options.camera));
+        finish(Failure, gone());
         return;
     }
     const qint64 presented = m_surface.presented();
@@ -171,6 +175,11 @@ void PreviewCommand::onTick()
                               .arg(all)
                               .arg(m_surface.rate(), 0, 'f', 2));
     }
+}
+
+QString PreviewCommand::gone() const
+{
+    return QStringLiteral("camera %1 has gone").arg(m_options.camera);
 }
 
 void PreviewCommand::finish(int exitCode, const QString &error)

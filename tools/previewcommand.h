@@ -41,6 +41,7 @@ private:
     void closeCamera();
     bool saveSnapshot();
     bool printReport();
+    QString gone() const; // what to say where the camera is no longer listed
 
     const PreviewOptions m_options;
     PreviewSurface m_surface; // before the camera, which lets go of it

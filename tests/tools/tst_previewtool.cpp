@@ -197,6 +197,10 @@ void PreviewToolTest::preview_fails_whenTheCameraGoes()
     const ToolResult result = preview.finish();
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errors.contains("camera " + camera.toUtf8()), result.errors.constData());
+    QVERIFY2(result.errors.count("ocelle: ") == 1, result.errors.constData()); // once is enough
+    // Whether the camera tells first or the list, it is not the next camera's trouble that is told.
+    QVERIFY2(result.errors.contains(" was unplugged") || result.errors.contains(" has gone"),
+             result.errors.constData());
     watch.interrupt();
     QCOMPARE(watch.finish().exitCode, 0);
 }
