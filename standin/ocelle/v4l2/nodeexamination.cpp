@@ -42,9 +42,13 @@ CameraNode examineNode(const std::shared_ptr<V4l2System> &system, const VideoNod
     result.name = displayName(node);
     const OpenDevice device(system, node.node);
     V4l2Trouble trouble;
+    const auto sentence = [&] {
+        return trouble.sentence(result.name, node.node,
+                                trouble.isBusy() ? holdersOf(node.node, device.descriptor()) : "");
+    };
     const std::optional<DeviceAnswers> answers = queryDevice(device, trouble);
     if (!answers) {
-        result.finding = trouble.sentence(result.name, node.node, {});
+        result.finding = sentence();
     } else if (answers->kind != NodeKind::Capture) {
         result.finding = "not offered: " + whyNotOffered(answers->kind);
     } else if (answers->modes.empty()) {
@@ -55,8 +59,7 @@ CameraNode examineNode(const std::shared_ptr<V4l2System> &system, const VideoNod
         result.id = serial.empty() ? pathId(node) : serial;
         result.finding = "offered; captures " + formatsOf(*answers);
         if (!isFree(device, trouble))
-            result.finding = trouble.sentence(result.name, node.node,
-                                              trouble.isBusy() ? holdersOf(node.node) : "");
+            result.finding = sentence();
     }
     return result;
 }

@@ -188,10 +188,10 @@ bool V4l2Producer::isPatient()
     std::string time = std::to_string(seconds);
     time.resize(time.find('.') + 2);
     const std::string what = m_damaged ? "delivered only damaged pictures" : "delivered no picture";
-    return fail({ what, 0,
-                  "for " + time +
-                          " s; start it anew, and if that does not help choose a smaller "
-                          "size, or unplug it and plug it in again" });
+    return fail(
+            { what + " for " + time + " s", 0,
+              "start it anew, and if that does not help choose a smaller size, or unplug it and "
+              "plug it in again" });
 }
 
 void V4l2Producer::noteGood()
@@ -242,7 +242,8 @@ std::shared_ptr<GraphicBuffer> V4l2Producer::converted(const DriverStream::Pictu
 bool V4l2Producer::fail(const V4l2Trouble &trouble)
 {
     if (m_error.empty()) {
-        const std::string holder = trouble.isBusy() ? holdersOf(m_target.node) : std::string();
+        const std::string holder =
+                trouble.isBusy() ? holdersOf(m_target.node, m_stream->device().descriptor()) : "";
         m_error = trouble.sentence(m_target.name, m_target.node, holder);
     }
     return false;

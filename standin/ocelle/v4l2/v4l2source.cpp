@@ -85,12 +85,12 @@ std::shared_ptr<Camera> V4l2Source::open(const std::string &id)
         return {};
     V4l2Trouble trouble;
     if (!isFree(opened, trouble)) {
-        report(device, trouble);
+        report(device, trouble, opened);
         return {};
     }
     const std::shared_ptr<CaptureControl> control = makeControl(device);
     if (!addOpened(device, control)) {
-        report(device, { "does not open", ENODEV, {} });
+        report(device, { "does not open", ENODEV, {} }, opened);
         return {};
     }
     return std::make_shared<StreamingCamera>(control);
@@ -163,7 +163,7 @@ bool V4l2Source::ask(Device &device, const OpenDevice &opened)
         }
     }
     if (!opened.isOpen() || !device.answers) {
-        report(device, trouble);
+        report(device, trouble, opened);
         return false;
     }
     if (device.answers->kind != NodeKind::Capture)
@@ -172,15 +172,15 @@ bool V4l2Source::ask(Device &device, const OpenDevice &opened)
         trouble = { "has no format that can be used", 0, formatsText(device.answers->unusable) };
     else
         return true;
-    report(device, trouble);
+    report(device, trouble, opened);
     return false;
 }
 
-void V4l2Source::report(const Device &device, const V4l2Trouble &trouble) const
+void V4l2Source::report(const Device &device, const V4l2Trouble &trouble, const OpenDevice &opened)
 {
     const std::string &node = device.node.node;
     printLine(trouble.sentence(displayName(device.node), node,
-                               trouble.isBusy() ? holdersOf(node) : std::string()));
+                               trouble.isBusy() ? holdersOf(node, opened.descriptor()) : ""));
 }
 
 std::shared_ptr<CaptureControl> V4l2Source::makeControl(const Device &device) const

@@ -62,7 +62,7 @@ private:
     std::unique_lock<std::mutex> lockListed(); // m_mutex, once there is a list
     bool findCamera(const std::string &id, Device &found);
     bool ask(Device &device, const OpenDevice &opened);
-    void report(const Device &device, const V4l2Trouble &trouble) const;
+    static void report(const Device &device, const V4l2Trouble &trouble, const OpenDevice &opened);
     std::shared_ptr<CaptureControl> makeControl(const Device &device) const;
     bool addOpened(const Device &device, const std::shared_ptr<CaptureControl> &control);
 

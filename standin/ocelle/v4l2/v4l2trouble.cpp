@@ -28,13 +28,14 @@ bool isNumber(const std::string &text)
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-bool hasOpen(const fs::path &process, const fs::path &node)
+bool hasOpen(const fs::path &process, const fs::path &node, const std::string &uncounted)
 {
     std::error_code error;
     for (fs::directory_iterator entry(process / "fd", error), end; !error && entry != end;
          entry.increment(error)) {
         std::error_code linkError;
-        if (fs::read_symlink(entry->path(), linkError) == node)
+        if (entry->path().filename() != uncounted &&
+            fs::read_symlink(entry->path(), linkError) == node)
             return true;
     }
     return false;
@@ -89,22 +90,22 @@ bool V4l2Trouble::isGone() const
     return error == ENODEV || error == ENXIO || error == ENOENT;
 }
 
-std::string holdersOf(const std::string &node, const std::string &procFolder)
+std::string holdersOf(const std::string &node, int asking)
 {
     std::string holders;
     std::error_code error;
-    for (fs::directory_iterator entry(procFolder, error), end; !error && entry != end;
+    const std::string self = std::to_string(::getpid());
+    for (fs::directory_iterator entry("/proc", error), end; !error && entry != end;
          entry.increment(error)) {
         const std::string number = entry->path().filename().string();
-        if (!isNumber(number) || !hasOpen(entry->path(), node))
+        const std::string uncounted = number == self ? std::to_string(asking) : std::string();
+        if (!isNumber(number) || !hasOpen(entry->path(), node, uncounted))
             continue;
         std::string name;
         std::getline(std::ifstream(entry->path() / "comm"), name);
         if (!holders.empty())
             holders += " and ";
-        holders += number == std::to_string(::getpid())
-                           ? "this program"
-                           : '"' + name + "\" (process " + number + ')';
+        holders += number == self ? "this program" : '"' + name + "\" (process " + number + ')';
     }
     return holders;
 }

@@ -24,9 +24,10 @@ struct V4l2Trouble
 
 /*!
  * The processes that have \a node open, as "cheese" (process 4711), as far as this user may see
- * that. Looks at all processes, which takes its time. \a procFolder is "/proc" outside of tests.
+ * that; \a asking is the descriptor of this process that was refused, which does not count. Looks
+ * at all processes, which takes its time.
  */
-std::string holdersOf(const std::string &node, const std::string &procFolder = "/proc");
+std::string holdersOf(const std::string &node, int asking);
 
 /*! Which group's members may open \a node, as the end of a sentence; empty where none may. */
 std::string groupRemedy(const std::string &node);
