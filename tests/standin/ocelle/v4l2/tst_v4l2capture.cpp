@@ -1,0 +1,344 @@
+#include "cameracounters.h"
+#include "recordinglistener.h"
+#include "scriptedv4l2system.h"
+#include "scriptedvideonodes.h"
+#include "v4l2source.h"
+
+#include <QtTest>
+
+#include <turbojpeg.h>
+
+#include <cerrno>
+
+using namespace Veltra::Ocelle;
+
+namespace {
+
+using Bytes = ScriptedV4l2System::Bytes;
+using Milliseconds = std::chrono::milliseconds;
+
+constexpr int Width = ScriptedV4l2System::Width;
+constexpr int Height = ScriptedV4l2System::Height;
+constexpr CameraCapability Only { Width, Height, 30 };
+const char Node[] = "/nowhere/video0";
+const std::string Id = "v4l2:Test_0001";
+
+Bytes grey(std::uint8_t value)
+{
+    return Bytes(std::size_t(Width * Height * 3 / 2), value);
+}
+
+Bytes jpeg()
+{
+    const Bytes rgb(std::size_t(Width * Height * 3), 200);
+    const tjhandle handle = tjInitCompress();
+    unsigned char *data = nullptr;
+    unsigned long size = 0;
+    tjCompress2(handle, rgb.data(), Width, 0, Height, TJPF_RGB, &data, &size, TJSAMP_420, 90, 0);
+    const Bytes bytes(data, data + size);
+    tjFree(data);
+    tjDestroy(handle);
+    return bytes;
+}
+
+} // namespace
+
+/*! A camera that captures, and whatever its driver answers meanwhile. */
+class TestV4l2Capture : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void pictures_comeUncopied_andTheirBuffersGoBack();
+    void buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder();
+    void failingCall_isOneSentence_andTheNextStartWorks_data();
+    void failingCall_isOneSentence_andTheNextStartWorks();
+    void firstPicture_isWaitedForLonger();
+    void silenceAfterPictures_isAnError();
+    void damagedPicturesOnly_areAnError();
+    void goneWhileStreaming_isOneError_data();
+    void goneWhileStreaming_isOneError();
+    void cutJpegs_areDroppedAndCounted();
+    void jpegsWithBytesAround_areDelivered();
+
+private:
+    void open(std::uint32_t fourcc, V4l2Producer::Patience patience = {});
+    bool deliverUntilSeen(const Bytes &data);
+
+    std::shared_ptr<ScriptedV4l2System> m_system;
+    std::shared_ptr<PluggedNodes> m_plugged;
+    std::unique_ptr<V4l2Source> m_source;
+    std::unique_ptr<RecordingListener> m_listener;
+    std::shared_ptr<Camera> m_camera;
+    std::shared_ptr<CameraCounters> m_counters = CameraCounters::forCamera(Id);
+};
+
+void TestV4l2Capture::init()
+{
+    m_plugged = std::make_shared<PluggedNodes>();
+    m_plugged->set({ webcam(Node) });
+    m_counters->captured = m_counters->dropped = m_counters->late = 0;
+}
+
+void TestV4l2Capture::cleanup()
+{
+    m_camera.reset();
+    m_listener.reset();
+    m_source.reset();
+    QCOMPARE(m_system->openNow(), 0);
+    QCOMPARE(m_system->mappedNow(), 0);
+    QCOMPARE(m_system->misuses(), std::vector<std::string>());
+}
+
+void TestV4l2Capture::open(std::uint32_t fourcc, V4l2Producer::Patience patience)
+{
+    m_system = std::make_shared<ScriptedV4l2System>(fourcc);
+    m_source = std::make_unique<V4l2Source>(
+            m_system, std::make_unique<ScriptedVideoNodes>(m_plugged), patience);
+    m_source->watch([] {});
+    m_camera = m_source->open(Id);
+    QVERIFY(m_camera);
+    m_listener = std::make_unique<RecordingListener>();
+    m_camera->setListener(m_listener.get());
+}
+
+/*! Again and again, as on a busy machine a single one may be late. */
+bool TestV4l2Capture::deliverUntilSeen(const Bytes &data)
+{
+    const int before = m_listener->frames();
+    const std::uint64_t captured = m_counters->captured;
+    for (std::uint64_t number = 1; number <= 50; ++number) {
+        if (!m_system->deliver(data))
+            return false;
+        const bool came =
+                QTest::qWaitFor([&] { return m_counters->captured >= captured + number; });
+        if (came && QTest::qWaitFor([&] { return m_listener->frames() > before; }, 200))
+            return true;
+    }
+    return false;
+}
+
+void TestV4l2Capture::pictures_comeUncopied_andTheirBuffersGoBack()
+{
+    open(V4L2_PIX_FMT_NV12);
+    m_listener->buffersToKeep = 1;
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(77)));
+    QCOMPARE(m_system->mappedNow(), 8);
+    QCOMPARE(int(m_listener->buffers().front()->planes[0].data[100]), 77);
+    QTRY_COMPARE(m_system->queuedNow(), std::size_t(7));
+    m_listener->buffersToKeep = 0;
+    m_listener->dropBuffers();
+    QTRY_COMPARE(m_system->queuedNow(), std::size_t(8));
+    m_camera->stopCapture();
+    QVERIFY(!m_system->isStreaming());
+    QCOMPARE(m_system->openNow(), 0);
+    QVERIFY(m_listener->errors().empty());
+}
+
+void TestV4l2Capture::buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder()
+{
+    open(V4L2_PIX_FMT_NV12);
+    m_listener->buffersToKeep = 3;
+    QVERIFY(m_camera->startCapture(Only, 255));
+    for (const std::uint8_t value : { 10, 20, 30 })
+        QVERIFY(deliverUntilSeen(grey(value)));
+    std::vector<RecordingListener::Buffer> held = m_listener->buffers();
+    m_listener->dropBuffers();
+    m_camera.reset();
+    m_source.reset();
+    QCOMPARE(m_system->openNow(), 0);
+    QCOMPARE(m_system->mappedNow(), 3);
+    const int queued = m_system->calls(VIDIOC_QBUF);
+    for (std::size_t i = 0; i < held.size(); ++i) {
+        QCOMPARE(std::size_t(held[i]->planes[0].data[0]), 10 * (i + 1));
+        QCOMPARE(std::size_t(held[i]->planes[1].data[0]), 10 * (i + 1));
+    }
+    held.pop_back();
+    QCOMPARE(m_system->mappedNow(), 2);
+    std::thread([&held] { held.clear(); }).join();
+    QCOMPARE(m_system->mappedNow(), 0);
+    QCOMPARE(m_system->calls(VIDIOC_QBUF), queued);
+}
+
+void TestV4l2Capture::failingCall_isOneSentence_andTheNextStartWorks_data()
+{
+    QTest::addColumn<quint64>("request"); // 0 is opening
+    QTest::addColumn<int>("error");
+    QTest::addColumn<QString>("sentence");
+    const auto add = [](const char *name, unsigned long request, int error, const char *sentence) {
+        QTest::newRow(name) << quint64(request) << error << QString(sentence);
+    };
+    add("forbidden", 0, EACCES, "does not open: permission denied");
+    add("too many files", 0, EMFILE, "does not open: Too many open files; close some");
+    add("busy", VIDIOC_S_FMT, EBUSY,
+        "does not take the format: another program uses it; close that first");
+    add("no format", VIDIOC_S_FMT, EINVAL, "does not take the format: Invalid argument");
+    add("no memory", VIDIOC_REQBUFS, ENOMEM,
+        "gives no memory for pictures: Cannot allocate memory");
+    add("no buffer", VIDIOC_QUERYBUF, EINVAL, "gives no memory for pictures: Invalid argument");
+    add("no queue", VIDIOC_QBUF, EINVAL, "does not start streaming: Invalid argument");
+    add("no bandwidth", VIDIOC_STREAMON, ENOSPC,
+        "does not start streaming: the USB bus has no bandwidth left for it; choose a smaller size "
+        "or rate, stop other cameras, or plug it into another port");
+    add("driver fails", VIDIOC_DQBUF, EIO,
+        "stopped: the device or its driver failed; start it anew, and if that does not help unplug "
+        "it and plug it in again");
+}
+
+void TestV4l2Capture::failingCall_isOneSentence_andTheNextStartWorks()
+{
+    QFETCH(quint64, request);
+    QFETCH(int, error);
+    QFETCH(QString, sentence);
+    open(V4L2_PIX_FMT_NV12);
+    const auto fail = [&](int with) {
+        if (request)
+            m_system->failIoctl(request, with);
+        else
+            m_system->failOpening(with);
+    };
+    fail(error);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QTRY_VERIFY(!m_listener->errors().empty());
+    QVERIFY(!m_camera->captureStarted());
+    m_camera->stopCapture();
+    QCOMPARE(m_system->openNow(), 0);
+    QCOMPARE(m_system->mappedNow(), 0);
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+    QCOMPARE(QString::fromStdString(m_listener->errors().front()),
+             QStringLiteral("Camera \"Test\" (%1) ").arg(Node) + sentence);
+
+    fail(0);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(1)));
+    m_camera->stopCapture();
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+}
+
+void TestV4l2Capture::firstPicture_isWaitedForLonger()
+{
+    open(V4L2_PIX_FMT_NV12, { Milliseconds(900), Milliseconds(100) });
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QTRY_VERIFY_WITH_TIMEOUT(!m_listener->errors().empty(), 30000);
+    QVERIFY2(timer.elapsed() >= 900, qPrintable(QString::number(timer.elapsed())));
+    const QString error = QString::fromStdString(m_listener->errors().front());
+    QVERIFY2(error.contains("delivered no picture for ") && error.contains(" s: start it anew"),
+             qPrintable(error));
+    m_camera->stopCapture();
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+}
+
+void TestV4l2Capture::silenceAfterPictures_isAnError()
+{
+    open(V4L2_PIX_FMT_NV12, { std::chrono::hours(1), Milliseconds(1000) });
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(1)));
+    QTRY_VERIFY_WITH_TIMEOUT(!m_listener->errors().empty(), 30000);
+    m_camera->stopCapture();
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+    const QString error = QString::fromStdString(m_listener->errors().front());
+    QVERIFY2(error.contains("delivered no picture for 1."), qPrintable(error));
+}
+
+void TestV4l2Capture::damagedPicturesOnly_areAnError()
+{
+    open(V4L2_PIX_FMT_NV12, { Milliseconds(500), Milliseconds(500) });
+    QVERIFY(m_camera->startCapture(Only, 255));
+    const Bytes half(std::size_t(Width * Height), 1);
+    const auto isTold = [&] {
+        m_system->deliver(half, std::chrono::seconds(0));
+        return !m_listener->errors().empty();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(isTold(), 30000);
+    m_camera->stopCapture();
+    QCOMPARE(m_listener->frames(), 0);
+    QVERIFY(m_counters->dropped > 0);
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+    const QString error = QString::fromStdString(m_listener->errors().front());
+    QVERIFY2(error.contains("delivered only damaged pictures for "), qPrintable(error));
+}
+
+void TestV4l2Capture::goneWhileStreaming_isOneError_data()
+{
+    QTest::addColumn<bool>("driverIsFirst");
+    QTest::newRow("the driver tells first") << true;
+    QTest::newRow("udev tells first") << false;
+}
+
+void TestV4l2Capture::goneWhileStreaming_isOneError()
+{
+    QFETCH(bool, driverIsFirst);
+    open(V4L2_PIX_FMT_NV12);
+    m_listener->buffersToKeep = 1;
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(55)));
+    const auto driver = [this] { m_system->breakDown(ENODEV); };
+    const auto event = [this] { m_plugged->set({}); };
+    driverIsFirst ? driver() : event();
+    QTRY_COMPARE(m_listener->errors().size(), std::size_t(1));
+    driverIsFirst ? event() : driver();
+    QTRY_VERIFY(m_source->cameras().empty());
+    QVERIFY(!m_camera->captureStarted());
+    QTRY_VERIFY(!m_camera->startCapture(Only, 255)); // once it heard of the event
+    m_camera->stopCapture();
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+    const QString error = QString::fromStdString(m_listener->errors().front());
+    QVERIFY2(error.contains("\"Test\"") && error.contains("was unplugged"), qPrintable(error));
+    QCOMPARE(int(m_listener->buffers().front()->planes[0].data[0]), 55);
+    m_listener->dropBuffers();
+
+    // Plugged in again it is the same camera.
+    m_system->breakDown(0);
+    VideoNode again = webcam(Node);
+    again.plugged = 2;
+    m_plugged->set({ again });
+    QTRY_VERIFY((m_camera = m_source->open(Id)) != nullptr);
+    m_camera->setListener(m_listener.get());
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(1)));
+    QCOMPARE(m_listener->errors().size(), std::size_t(1));
+}
+
+void TestV4l2Capture::cutJpegs_areDroppedAndCounted()
+{
+    open(V4L2_PIX_FMT_MJPEG);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    const Bytes whole = jpeg();
+    const Bytes cut(whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() * 3 / 4));
+    QVERIFY(deliverUntilSeen(whole));
+    const int frames = m_listener->frames();
+    const std::uint64_t dropped = m_counters->dropped;
+    for (int i = 0; i < 3; ++i) {
+        const std::uint64_t captured = m_counters->captured;
+        QVERIFY(m_system->deliver(cut));
+        QTRY_VERIFY(m_counters->captured > captured);
+    }
+    QVERIFY(deliverUntilSeen(whole));
+    m_camera->stopCapture();
+    const std::uint64_t counted = m_counters->dropped + m_counters->late;
+    QVERIFY(m_counters->dropped > dropped);
+    QVERIFY(m_listener->frames() > frames);
+    QVERIFY(counted >= 3);
+    QCOMPARE(m_counters->captured - counted, std::uint64_t(m_listener->frames()));
+    QVERIFY(m_listener->errors().empty());
+}
+
+void TestV4l2Capture::jpegsWithBytesAround_areDelivered()
+{
+    open(V4L2_PIX_FMT_MJPEG);
+    m_listener->buffersToKeep = 1;
+    QVERIFY(m_camera->startCapture(Only, 255));
+    Bytes data = jpeg();
+    data.insert(data.end(), 300, 0); // as some devices fill up their packets
+    QVERIFY(deliverUntilSeen(data));
+    // 200 of 0 to 255 is 188 of 16 to 235.
+    QVERIFY(std::abs(int(m_listener->buffers().front()->planes[0].data[0]) - 188) <= 2);
+    QVERIFY(m_listener->errors().empty());
+}
+
+QTEST_GUILESS_MAIN(TestV4l2Capture)
+#include "tst_v4l2capture.moc"

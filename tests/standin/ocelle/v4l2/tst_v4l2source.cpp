@@ -1,0 +1,238 @@
+#include "recordinglistener.h"
+#include "scriptedv4l2system.h"
+#include "scriptedvideonodes.h"
+#include "stderrcapture.h"
+#include "v4l2source.h"
+
+#include <QProcess>
+#include <QTemporaryFile>
+#include <QtTest>
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+using namespace Veltra::Ocelle;
+
+/*! What is listed and opened, and what is asked of the devices for that. */
+class TestV4l2Source : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void cleanup();
+    void listing_opensNoDeviceThatUdevKnows();
+    void listing_asksBuiltInCamerasOnce();
+    void listing_asksOnce_whereUdevTellsNothing();
+    void capabilities_areAskedForOnce();
+    void busyDevice_isRefused_namingWhoHasIt();
+    void deviceInUseHere_isRefused_namingThisProgram();
+    void forbiddenDevice_isRefused_namingTheGroup();
+    void cameraThatWent_isRefused();
+    void unpluggedWhileIdle_reportsNothing();
+
+private:
+    void list(std::vector<VideoNode> nodes);
+    QString refusal(); // the line about a camera that does not open
+
+    std::shared_ptr<ScriptedV4l2System> m_system;
+    std::shared_ptr<PluggedNodes> m_plugged;
+    std::unique_ptr<V4l2Source> m_source;
+    std::atomic<int> m_changes { 0 };
+};
+
+namespace {
+
+const std::string Id = "v4l2:Test_0001";
+
+std::unique_ptr<QTemporaryFile> fileInANodesPlace()
+{
+    auto file = std::make_unique<QTemporaryFile>();
+    return file->open() ? std::move(file) : nullptr;
+}
+
+} // namespace
+
+void TestV4l2Source::init()
+{
+    m_system = std::make_shared<ScriptedV4l2System>();
+    m_plugged = std::make_shared<PluggedNodes>();
+    m_source.reset();
+    m_changes = 0;
+}
+
+void TestV4l2Source::cleanup()
+{
+    m_source.reset();
+    QCOMPARE(m_system->openNow(), 0);
+    QCOMPARE(m_system->misuses(), std::vector<std::string>());
+}
+
+void TestV4l2Source::list(std::vector<VideoNode> nodes)
+{
+    m_plugged->set(std::move(nodes));
+    m_source =
+            std::make_unique<V4l2Source>(m_system, std::make_unique<ScriptedVideoNodes>(m_plugged));
+    m_source->watch([this] { ++m_changes; });
+}
+
+QString TestV4l2Source::refusal()
+{
+    StderrCapture output;
+    const std::shared_ptr<Camera> camera = m_source->open(Id);
+    return camera ? QStringLiteral("it opened") : output.lines().join('\n');
+}
+
+void TestV4l2Source::listing_opensNoDeviceThatUdevKnows()
+{
+    VideoNode metadata = webcam("/dev/video1");
+    metadata.sysPath += '1';
+    metadata.properties["ID_V4L_CAPABILITIES"] = ":";
+    VideoNode output = webcam("/dev/video2", "0002");
+    output.properties["ID_V4L_CAPABILITIES"] = ":video_output:";
+    const std::vector<VideoNode> few { webcam("/dev/video0"), metadata, output };
+    list(few);
+    const std::vector<CameraDescription> cameras = m_source->cameras();
+    QCOMPARE(cameras.size(), std::size_t(1));
+    QCOMPARE(cameras.front().info.id, Id);
+    QCOMPARE(cameras.front().info.name, std::string("Test"));
+
+    std::vector<VideoNode> more = few;
+    more.push_back(webcam("/dev/video3", "0003"));
+    m_plugged->set(more);
+    QTRY_COMPARE(m_source->cameras().size(), std::size_t(2));
+    QTRY_COMPARE(m_changes.load(), 1);
+    m_plugged->set(few);
+    QTRY_COMPARE(m_source->cameras().size(), std::size_t(1));
+    QCOMPARE(m_system->opens(), 0);
+}
+
+void TestV4l2Source::listing_asksBuiltInCamerasOnce()
+{
+    m_system->setControl(V4L2_CID_CAMERA_ORIENTATION, V4L2_CAMERA_ORIENTATION_FRONT);
+    m_system->setControl(V4L2_CID_CAMERA_SENSOR_ROTATION, 270);
+    VideoNode sensor = webcam("/dev/video0");
+    sensor.properties["ID_BUS"] = "platform";
+    list({ sensor });
+    QCOMPARE(m_source->cameras().size(), std::size_t(1));
+    const CameraInfo info = m_source->cameras().front().info;
+    QVERIFY(info.facing == CameraFacing::Front);
+    QCOMPARE(info.mountAngle, mountAngleFrom(270));
+    QVERIFY(info.mountAngle != 0);
+    const int listings = m_plugged->listings;
+    m_plugged->set({ sensor, webcam("/dev/video1", "0002") });
+    QTRY_COMPARE(m_source->cameras().size(), std::size_t(2));
+    QVERIFY(m_plugged->listings > listings);
+    QCOMPARE(m_system->opens(), 1);
+}
+
+void TestV4l2Source::listing_asksOnce_whereUdevTellsNothing()
+{
+    VideoNode node = webcam("/dev/video0");
+    node.properties.erase("ID_V4L_CAPABILITIES");
+    list({ node });
+    QCOMPARE(m_source->cameras().size(), std::size_t(1));
+    QVERIFY(m_source->cameras().front().formats == std::vector<PixelFormat> { PixelFormat::NV12 });
+    QCOMPARE(m_system->opens(), 1);
+}
+
+void TestV4l2Source::capabilities_areAskedForOnce()
+{
+    list({ webcam("/dev/video0") });
+    for (int i = 0; i < 3; ++i) {
+        std::vector<CameraCapability> all;
+        QVERIFY(m_source->getCapabilities(Id, all));
+        QCOMPARE(all.size(), std::size_t(1));
+        QCOMPARE(all.front().width, ScriptedV4l2System::Width);
+        QCOMPARE(all.front().height, ScriptedV4l2System::Height);
+        QCOMPARE(int(all.front().frameRate), 30);
+    }
+    QCOMPARE(m_system->opens(), 1);
+}
+
+void TestV4l2Source::busyDevice_isRefused_namingWhoHasIt()
+{
+    const auto file = fileInANodesPlace();
+    QVERIFY(file);
+    file->close();
+    QProcess holder;
+    holder.setStandardInputFile(file->fileName());
+    holder.start(QStringLiteral("sleep"), { QStringLiteral("60") });
+    QVERIFY(holder.waitForStarted());
+    list({ webcam(file->fileName().toStdString()) });
+    m_system->failIoctl(VIDIOC_REQBUFS, EBUSY);
+    QCOMPARE(refusal(), QStringLiteral("ocelle: Camera \"Test\" (%1) does not open: it is in use "
+                                       "by \"sleep\" (process %2); stop it there first")
+                                .arg(file->fileName())
+                                .arg(holder.processId()));
+    holder.kill();
+    QVERIFY(holder.waitForFinished());
+    const QString unknown = refusal();
+    QVERIFY2(unknown.contains("another program uses it"), qPrintable(unknown));
+    m_system->failIoctl(VIDIOC_REQBUFS, 0);
+    QVERIFY(m_source->open(Id));
+}
+
+void TestV4l2Source::deviceInUseHere_isRefused_namingThisProgram()
+{
+    const auto file = fileInANodesPlace();
+    QVERIFY(file);
+    QFile used(file->fileName());
+    QVERIFY(used.open(QIODevice::ReadOnly));
+    list({ webcam(file->fileName().toStdString()) });
+    m_system->failIoctl(VIDIOC_REQBUFS, EBUSY);
+    const QString line = refusal();
+    QVERIFY2(line.contains("in use by this program;"), qPrintable(line));
+}
+
+void TestV4l2Source::forbiddenDevice_isRefused_namingTheGroup()
+{
+    const auto file = fileInANodesPlace();
+    QVERIFY(file);
+    const QByteArray name = file->fileName().toLocal8Bit();
+    const group *const video = ::getgrnam("video");
+    const bool isGroups =
+            video && ::chown(name, uid_t(-1), video->gr_gid) == 0 && ::chmod(name, 0660) == 0;
+    list({ webcam(name.toStdString()) });
+    m_system->failOpening(EACCES);
+    const QString line = refusal();
+    const QString start = QStringLiteral("ocelle: Camera \"Test\" (%1) does not open: permission "
+                                         "denied")
+                                  .arg(file->fileName());
+    QVERIFY2(line.startsWith(start), qPrintable(line));
+    // Only root, or who is in it, can give a file to that group.
+    QCOMPARE(line.contains(
+                     "members of the group \"video\" may use it (as root: adduser USER video)"),
+             isGroups);
+    QCOMPARE(m_system->calls(VIDIOC_QUERYCAP), 0);
+}
+
+void TestV4l2Source::cameraThatWent_isRefused()
+{
+    list({ webcam("/dev/video0") });
+    QVERIFY(m_source->open(Id));
+    m_system->failOpening(ENOENT); // before the event about it
+    QVERIFY(refusal().contains("unplugged"));
+    m_plugged->set({});
+    QTRY_VERIFY(m_source->cameras().empty());
+    QVERIFY(refusal().contains("there is no camera \"" + QString::fromStdString(Id)));
+}
+
+void TestV4l2Source::unpluggedWhileIdle_reportsNothing()
+{
+    list({ webcam("/dev/video0") });
+    const std::shared_ptr<Camera> camera = m_source->open(Id);
+    QVERIFY(camera);
+    RecordingListener listener;
+    camera->setListener(&listener);
+    m_plugged->set({});
+    QTRY_COMPARE(m_changes.load(), 1);
+    QVERIFY(listener.errors().empty());
+    const StderrCapture quiet; // of why it does not start
+    QTRY_VERIFY(!camera->startCapture({ 64, 48, 30 }, 255));
+}
+
+QTEST_GUILESS_MAIN(TestV4l2Source)
+#include "tst_v4l2source.moc"
