@@ -31,9 +31,11 @@ void CaptureControl::stop()
     }
     if (!run)
         return;
-    run->requestStop();
-    if (m_gate->isCalling())
+    if (m_gate->isCalling()) {
+        run->requestSilentStop();
         return;
+    }
+    run->requestStop();
     run->waitUntilFinished();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_run == run)

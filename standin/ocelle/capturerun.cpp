@@ -32,6 +32,13 @@ bool CaptureRun::start(std::shared_ptr<CaptureRun> previous)
 void CaptureRun::requestStop()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_ending)
+        end({});
+}
+
+void CaptureRun::requestSilentStop()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
     end({});
 }
 

@@ -38,8 +38,13 @@ public:
     // Any thread; start() once
     /*! Delivers once \a previous, which may be empty, has finished. False if there is no thread. */
     bool start(std::shared_ptr<CaptureRun> previous);
-    /*! No callback is begun after this, nor an error reported that was not yet being reported. */
+    /*!
+     * No picture is delivered any more. An error that came before this is still reported, for which
+     * waitUntilFinished() waits.
+     */
     void requestStop();
+    /*! The same from within a callback, which is then the last one: no error follows it. */
+    void requestSilentStop();
     /*! Ends it with \a message to the listener, unless it is ending already. */
     void fail(const std::string &message);
     /*! Until it is asked to stop or has failed. */

@@ -20,6 +20,7 @@ private slots:
     void unplugged_reportsOnce_andDoesNotStartAgain();
     void unplugged_whileStopped_reportsNothing();
     void unplugged_thenStoppedAtOnce_neverReportsAfterStop();
+    void unplugged_thenStopped_reportsBeforeStopReturns();
     void buffersHeld_areCountedAsDropped_andDeliveryGoesOnAfter();
     void blockedConsumer_makesLatePictures_countedInTheSequence();
     void buffers_outliveTheCamera();
@@ -125,6 +126,20 @@ void TestCaptureControl::unplugged_thenStoppedAtOnce_neverReportsAfterStop()
         puller.join();
         QCOMPARE(m_script->alive.load(), 0);
         QCOMPARE(listener.errors().size(), errors);
+        m_camera->setListener(nullptr);
+        makeCamera();
+    }
+}
+
+void TestCaptureControl::unplugged_thenStopped_reportsBeforeStopReturns()
+{
+    for (int round = 0; round < 200; ++round) {
+        RecordingListener listener;
+        m_camera->setListener(&listener);
+        QVERIFY(m_camera->startCapture(Offered, 255));
+        m_control->unplug();
+        m_camera->stopCapture();
+        QCOMPARE(listener.errors().size(), std::size_t(1));
         m_camera->setListener(nullptr);
         makeCamera();
     }
