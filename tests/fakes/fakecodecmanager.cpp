@@ -1,7 +1,9 @@
 #include "fakecodecmanager.h"
 
 #include "calllog.h"
+#include "fakedecoderscript.h"
 #include "fakeencoderscript.h"
+#include "fakevideodecoder.h"
 #include "fakevideoencoder.h"
 
 #include <QString>
@@ -38,7 +40,8 @@ bool FakeCodecManager::isEncoderSupported(CodecType type, bool flag)
 bool FakeCodecManager::isDecoderSupported(CodecType type, bool flag)
 {
     log("isDecoderSupported", type, flag);
-    return false;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_decoderTypes.count(type) > 0;
 }
 
 std::shared_ptr<VideoEncoder> FakeCodecManager::createVideoEncoder(CodecType type, int flags)
@@ -56,7 +59,13 @@ std::shared_ptr<VideoEncoder> FakeCodecManager::createVideoEncoder(CodecType typ
 std::shared_ptr<VideoDecoder> FakeCodecManager::createVideoDecoder(CodecType type, int flags)
 {
     log("createVideoDecoder", type, flags != 0);
-    return {};
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_decoderScript || m_decoderScript->createFails)
+        return {};
+    const auto decoder = std::make_shared<FakeVideoDecoder>(static_cast<int>(m_decoders.size()) + 1,
+                                                            m_decoderScript);
+    m_decoders.push_back(decoder);
+    return decoder;
 }
 
 std::vector<VideoCodecInfo> FakeCodecManager::getVideoCodecs()
@@ -98,4 +107,37 @@ int FakeCodecManager::heldEncoders() const
     std::lock_guard<std::mutex> lock(m_mutex);
     return static_cast<int>(std::count_if(m_encoders.begin(), m_encoders.end(),
                                           [](const auto &encoder) { return !encoder.expired(); }));
+}
+
+void FakeCodecManager::supportDecoder(CodecType type)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_decoderTypes.insert(type);
+}
+
+std::shared_ptr<FakeDecoderScript> FakeCodecManager::giveDecoders()
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_decoderScript)
+        m_decoderScript = std::make_shared<FakeDecoderScript>();
+    return m_decoderScript;
+}
+
+std::shared_ptr<FakeVideoDecoder> FakeCodecManager::decoder() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_decoders.empty() ? nullptr : m_decoders.back().lock();
+}
+
+int FakeCodecManager::heldDecoders() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<int>(std::count_if(m_decoders.begin(), m_decoders.end(),
+                                          [](const auto &decoder) { return !decoder.expired(); }));
+}
+
+int FakeCodecManager::madeDecoders() const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return static_cast<int>(m_decoders.size());
 }

@@ -8,12 +8,14 @@
 #include <string>
 #include <vector>
 
+class FakeDecoderScript;
 class FakeEncoderScript;
+class FakeVideoDecoder;
 class FakeVideoEncoder;
 
 /*!
- * A codec manager with a scripted list, that gives encoders where it has a script for them. It is
- * called "codecs" in the log.
+ * A codec manager with a scripted list, that gives encoders and decoders where it has a script for
+ * them. It is called "codecs" in the log.
  *
  * Threads: any thread.
  */
@@ -41,10 +43,22 @@ public:
     std::shared_ptr<FakeVideoEncoder> encoder() const;
     int heldEncoders() const;
 
+    /*! Has a decoder of \a type supported, whatever the flag. */
+    void supportDecoder(Veltra::Ocelle::CodecType type);
+    /*! Gives decoders from now on, which follow the script. */
+    std::shared_ptr<FakeDecoderScript> giveDecoders();
+    /*! The decoder given last, while anybody holds it. */
+    std::shared_ptr<FakeVideoDecoder> decoder() const;
+    int heldDecoders() const;
+    int madeDecoders() const;
+
 private:
     mutable std::mutex m_mutex; // guards the members below
     std::vector<Veltra::Ocelle::VideoCodecInfo> m_codecs;
     std::set<Veltra::Ocelle::CodecType> m_encoderTypes; // supported
     std::shared_ptr<FakeEncoderScript> m_encoderScript;
     std::vector<std::weak_ptr<FakeVideoEncoder>> m_encoders; // given, oldest first
+    std::set<Veltra::Ocelle::CodecType> m_decoderTypes;      // supported
+    std::shared_ptr<FakeDecoderScript> m_decoderScript;
+    std::vector<std::weak_ptr<FakeVideoDecoder>> m_decoders; // given, oldest first
 };

@@ -207,6 +207,7 @@ void VideoOutputQt5::setMirrored(bool mirrored)
 void VideoOutputQt5::stop()
 {
     m_d->access.log(QStringLiteral("stop()"));
+    m_d->output->stopGate.pass();
 }
 
 void VideoOutputQt5::onGraphicBuffer(std::shared_ptr<GraphicBuffer> buffer)

@@ -40,6 +40,7 @@ public:
     QVector<long> bufferOwners() const;
 
     Gate bufferGate; // holds onGraphicBuffer() up
+    Gate stopGate;   // holds stop() up
 
 private:
     friend class FakeVideoOutputAccess;

@@ -1,7 +1,9 @@
 #include "calllog.h"
 #include "fakecamera.h"
+#include "fakedecoderscript.h"
 #include "fakegraphicbuffer.h"
 #include "fakeplatform.h"
+#include "fakevideodecoder.h"
 #include "librarythread.h"
 #include "messagelog.h"
 
@@ -9,6 +11,8 @@
 #include <QtTest>
 
 #include <ocelle/videooutputqt5.h>
+
+#include <cstdlib>
 
 using namespace Veltra::Ocelle;
 
@@ -141,6 +145,34 @@ private slots:
         QCOMPARE(FakeVideoOutput::at(1)->buffers(), QVector<int> { 7 });
         QVERIFY(!FakeVideoOutput::at(2));
         QCOMPARE(CallLog::instance().texts("output 1").last(), QString("output 1: destroyed"));
+    }
+
+    void decoder_releasesEveryBlockOnce()
+    {
+        FakePlatform platform;
+        QVERIFY(!platform.codecs.createVideoDecoder(CodecType::H264, 0)); // no script yet
+        const auto script = platform.codecs.giveDecoders();
+        auto decoder = platform.codecs.createVideoDecoder(CodecType::H264, 0);
+        const auto decode = [&decoder] {
+            auto *block = static_cast<unsigned char *>(std::malloc(1));
+            block[0] = 'x';
+            return decoder->decode(block, 1, 5, FrameType::Delta, std::free, block);
+        };
+        QVERIFY(decode());
+        QCOMPARE(script->blocksReleased.load(), 1);
+        script->keepsBlocks = true;
+        script->decodeFails = true;
+        QVERIFY(!decode());
+        QVERIFY(!decode());
+        QCOMPARE(script->blocksReleased.load(), 1);
+        platform.codecs.decoder()->releaseBlocks();
+        QCOMPARE(script->blocksReleased.load(), 3);
+        QVERIFY(!decode());
+        decoder.reset();
+        QCOMPARE(script->blocksReleased.load(), 4);
+        QCOMPARE(script->foreignBlocks.load(), 0);
+        QCOMPARE(CallLog::instance().count("decoder 1: decode(5, type 1, x)"), 4);
+        QCOMPARE(platform.codecs.heldDecoders(), 0);
     }
 
     void messageLog_catchesTypeCategoryAndText()
