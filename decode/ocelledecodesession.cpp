@@ -54,9 +54,10 @@ OcelleDecodeSession::~OcelleDecodeSession()
     if (m_workerThread->isRunning())
         shutdown();
     m_shutdownTimer.reset();
+    // The worker first: a decoder that goes with it may still tell the control of an error.
+    delete m_worker;
     delete m_control;
     delete m_workerThread;
-    delete m_worker;
 }
 
 OcelleDecodeControl *OcelleDecodeSession::decodeControl() const
