@@ -238,8 +238,10 @@ void OcelleDecodeWorker::applyState()
 /*! With the mutex held, so that a flush that comes after stays a flush. */
 OcelleDecodeWorker::Launch OcelleDecodeWorker::takeLaunch()
 {
-    m_flushing = false;
     Launch launch;
+    if (m_flushing)
+        launch.discarded.swap(m_queue); // of the stream before, flushed before it came to start
+    m_flushing = false;
     launch.decoder.swap(m_pendingDecoder);
     launch.settings = m_settings;
     return launch;

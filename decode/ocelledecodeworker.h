@@ -81,6 +81,7 @@ private:
     {
         std::shared_ptr<Veltra::Ocelle::VideoDecoder> decoder;
         QVideoEncoderSettings settings;
+        QList<QPVEncodedVideoFrame> discarded; // go with no lock held
     };
 
     Launch takeLaunch();
