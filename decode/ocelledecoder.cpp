@@ -103,8 +103,10 @@ bool OcelleDecoder::start(const QVideoEncoderSettings &settings)
     config.width = settings.resolution().width();
     config.height = settings.resolution().height();
     config.frameRate = FrameRate;
-    return decoder && decoder->initialize(config) &&
-           setStatusWhileHolding(decoder, QPVDecoder::StartingStatus);
+    if (!decoder || !decoder->initialize(config))
+        return false;
+    setStatusWhileHolding(decoder, QPVDecoder::StartingStatus); // killed meanwhile is no failure
+    return true;
 }
 
 bool OcelleDecoder::decode(const QPVEncodedVideoFrame &frame)
