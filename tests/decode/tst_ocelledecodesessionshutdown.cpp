@@ -1,0 +1,382 @@
+#include "calllog.h"
+#include "decodeservicefixture.h"
+#include "fakegraphicbuffer.h"
+#include "librarythread.h"
+
+#include <QElapsedTimer>
+#include <QPointer>
+#include <QTimer>
+#include <QtTest>
+
+#include <atomic>
+#include <memory>
+
+using namespace Statuses;
+using namespace Veltra::Ocelle;
+
+namespace {
+
+QStringList calls(const QString &object = QString())
+{
+    return CallLog::instance().texts(object);
+}
+
+Gate &gateOf(FakeDecoderScript &script, const QString &call)
+{
+    if (call == "initialize")
+        return script.initializeGate;
+    if (call == "decode")
+        return script.decodeGate;
+    if (call == "flush")
+        return script.flushGate;
+    if (call == "drain")
+        return script.drainGate;
+    return script.stopGate;
+}
+
+} // namespace
+
+class TestDecodeSessionShutdown : public QObject
+{
+    Q_OBJECT
+private:
+    /*! Has the worker inside of \a call, held up by its gate. */
+    void blockIn(DecodeServiceFixture &f, const QString &call)
+    {
+        Gate &gate = gateOf(*f.script, call);
+        if (call != "initialize")
+            QVERIFY(f.activate());
+        gate.close();
+        if (call == "initialize") {
+            QVERIFY(f.control->start(streamSettings()));
+        } else if (call == "decode") {
+            QVERIFY(f.control->decode(testFrame(1)));
+            QVERIFY(f.control->decode(testFrame(2)));
+        } else if (call == "drain") {
+            f.control->drain();
+        } else {
+            f.control->flush();
+        }
+        QTRY_COMPARE(gate.waiting(), 1);
+    }
+
+private slots:
+    void service_goesInEveryStatus_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<bool>("restarting");
+        QTest::newRow("unloaded") << Unloaded << false;
+        QTest::newRow("start asked for") << Loaded << false;
+        QTest::newRow("starting") << Starting << false;
+        QTest::newRow("active") << Active << false;
+        QTest::newRow("stop asked for") << Stopping << false;
+        QTest::newRow("restart asked for") << Active << true;
+    }
+
+    void service_goesInEveryStatus()
+    {
+        QFETCH(int, status);
+        QFETCH(bool, restarting);
+        FakeSurface surface;
+        DecodeServiceFixture f;
+        f.renderer->setSurface(&surface);
+        f.script->keepsBlocks = true;
+        f.script->onDestroy = [](FakeVideoDecoder &decoder) {
+            decoder.deliver(GraphicBuffer::create(1));
+            decoder.fail("torn down");
+            decoder.endStream();
+        };
+        if (status == Loaded) {
+            QVERIFY(f.control->start(streamSettings()));
+            f.control->decode(testFrame());
+        }
+        if (status == Starting)
+            QVERIFY(f.start());
+        if (status == Active || status == Stopping)
+            QVERIFY(f.activate());
+        if (status == Stopping)
+            f.control->stop();
+        if (restarting)
+            QVERIFY(f.control->start(streamSettings("video/vp8")));
+        QElapsedTimer timer;
+        timer.start();
+        f.service.reset();
+        QVERIFY(timer.elapsed() < 450); // no need for the fallback
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+        QCOMPARE(FakeVideoOutput::alive(), 0);
+        QCOMPARE(GraphicBuffer::alive(), 0);
+        QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
+        if (status == Active || status == Stopping)
+            QCOMPARE(f.recorder.statuses.last(), Unloaded);
+    }
+
+    void decoderThatBlocksForShort_isWaitedFor_data()
+    {
+        QTest::addColumn<QString>("call");
+        for (const char *call : { "initialize", "decode", "flush", "drain", "stop" })
+            QTest::newRow(call) << QString(call);
+    }
+
+    void decoderThatBlocksForShort_isWaitedFor()
+    {
+        QFETCH(QString, call);
+        DecodeServiceFixture f;
+        blockIn(f, call);
+        QTimer::singleShot(100, this, [&] { gateOf(*f.script, call).open(); }); // needs events
+        QElapsedTimer timer;
+        timer.start();
+        f.service.reset();
+        QVERIFY(timer.elapsed() >= 90 && timer.elapsed() < 480);
+        QCOMPARE(f.recorder.statuses.last(), Unloaded);
+        QCOMPARE(f.recorder.errors, QStringList());
+        QStringList last = calls("decoder 1");
+        last = last.mid(last.size() - 3);
+        const QString ending = call == "drain" ? "drain" : "flush";
+        QCOMPARE(last, (QStringList { "decoder 1: " + ending + "()", "decoder 1: stop()",
+                                      "decoder 1: destroyed" }));
+        QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
+        QVERIFY(!calls().contains("decoder 1: decode(2, type 0, xy)"));
+    }
+
+    void decoderThatBlocksForLong_isDroppedAtTheMark_data()
+    {
+        decoderThatBlocksForShort_isWaitedFor_data();
+    }
+
+    void decoderThatBlocksForLong_isDroppedAtTheMark()
+    {
+        QFETCH(QString, call);
+        FakeSurface surface;
+        DecodeServiceFixture f;
+        f.renderer->setSurface(&surface);
+        blockIn(f, call);
+        f.script->onDestroy = [](FakeVideoDecoder &decoder) { decoder.endStream(); };
+        const QStringList before = calls("decoder 1");
+        CallLog::instance().clear();
+        QElapsedTimer timer;
+        qint64 unloadedAt = -1; // ms
+        bool stopped = false;
+        connect(f.control, &QPVDecodeControl::statusChanged, this, [&](QPVDecoder::Status now) {
+            if (now != Unloaded || unloadedAt >= 0)
+                return;
+            unloadedAt = timer.elapsed();
+            stopped = calls("output").contains("output 1: stop()");
+            QCOMPARE(gateOf(*f.script, call).waiting(), 1); // still inside
+            QCOMPARE(f.platform.codecs.heldDecoders(), 1);
+        });
+        QTimer::singleShot(2000, this, [&] { gateOf(*f.script, call).open(); });
+        timer.start();
+        f.service.reset();
+        QVERIFY(timer.elapsed() >= 1850); // however long it takes
+        QVERIFY2(unloadedAt >= 470 && unloadedAt < 900, qPrintable(QString::number(unloadedAt)));
+        QVERIFY(stopped);
+        QCOMPARE(calls("decoder 1"), QStringList("decoder 1: destroyed"));
+        QVERIFY(!before.contains("decoder 1: destroyed"));
+        QCOMPARE(calls("control"), QStringList("control: statusChanged(1)"));
+        QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+        f.script->onDestroy = nullptr;
+    }
+
+    void decoderThatBlocksWhileItIsDropped_isLetGoOnceOnly()
+    {
+        // The block of the call it hangs in is still the library's.
+        DecodeServiceFixture f;
+        f.script->keepsBlocks = true;
+        blockIn(f, "decode");
+        connect(f.control, &QPVDecodeControl::statusChanged, this, [&](QPVDecoder::Status now) {
+            if (now == Unloaded) {
+                QCOMPARE(f.script->blocksReleased.load(), 0);
+                f.script->decodeGate.open();
+            }
+        });
+        f.service.reset();
+        QCOMPARE(f.script->blocksTaken.load(), 2);
+        QCOMPARE(f.script->blocksReleased.load(), 2);
+        QCOMPARE(calls("decoder 1").filter("destroyed").size(), 1);
+    }
+
+    void decoderWhoseTurnNeverCame_tellsTheControlToTheLast()
+    {
+        DecodeServiceFixture f;
+        blockIn(f, "decode");
+        QVERIFY(f.control->start(streamSettings("video/vp8"))); // waits for the worker
+        f.script->onDestroy = [](FakeVideoDecoder &decoder) {
+            decoder.fail("torn down");
+            decoder.endStream();
+        };
+        QTimer::singleShot(20, this, [&f] { f.script->decodeGate.open(); });
+        f.service.reset();
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+        QVERIFY(!calls().filter("decoder 2: destroyed").isEmpty());
+        QVERIFY(calls("decoder 2").filter("initialize").isEmpty());
+        f.script->onDestroy = nullptr;
+    }
+
+    void service_mayGoInASlotOfEachStatus_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("how");
+        for (const char *how : { "flush", "drain", "restart" }) {
+            for (const int status : { Loaded, Starting, Active, Stopping, Unloaded })
+                QTest::addRow("%s, %d", how, status) << status << how;
+        }
+    }
+
+    void service_mayGoInASlotOfEachStatus()
+    {
+        QFETCH(int, status);
+        QFETCH(QString, how);
+        FakeSurface surface;
+        DecodeServiceFixture f;
+        f.renderer->setSurface(&surface);
+        if (status == Stopping || status == Unloaded)
+            QVERIFY(f.activate());
+        connect(f.control, &QPVDecodeControl::statusChanged, this, [&](QPVDecoder::Status now) {
+            if (now == status)
+                delete f.service.release();
+        });
+        QPointer<OcelleDecodeService> service(f.service.get());
+        QElapsedTimer timer;
+        timer.start();
+        if (status != Stopping && status != Unloaded) {
+            QVERIFY(f.control->start(streamSettings()));
+            f.control->decode(testFrame());
+        } else if (how == "flush") {
+            f.control->flush();
+        } else if (how == "drain") {
+            f.control->drain();
+        } else {
+            QVERIFY(f.control->start(streamSettings("video/vp8")));
+        }
+        QTRY_VERIFY(service.isNull());
+        QVERIFY(timer.elapsed() < 450);
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+        QCOMPARE(FakeVideoOutput::alive(), 0);
+        QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
+    }
+
+    void service_mayGoInASlotOfAnError_data()
+    {
+        QTest::addColumn<QString>("what");
+        for (const char *what : { "create", "restart", "initialize", "frame", "decoder" })
+            QTest::newRow(what) << QString(what);
+    }
+
+    void service_mayGoInASlotOfAnError()
+    {
+        QFETCH(QString, what);
+        DecodeServiceFixture f;
+        if (what == "restart" || what == "frame" || what == "decoder")
+            QVERIFY(f.activate());
+        QPointer<OcelleDecodeService> service(f.service.get());
+        connect(f.control, &QPVDecodeControl::error, this, [&] { delete f.service.release(); });
+        if (what == "create" || what == "restart") {
+            f.script->createFails = true;
+            QVERIFY(!f.control->start(streamSettings("video/vp8")));
+            QVERIFY(service.isNull());
+        } else if (what == "initialize") {
+            f.script->initializeFails = true;
+            QVERIFY(f.control->start(streamSettings()));
+        } else if (what == "frame") {
+            f.script->decodeFails = true;
+            QVERIFY(f.control->decode(testFrame(1)));
+        } else {
+            const auto decoder = f.decoder();
+            LibraryThread::run("FakeDecoder", [&] { decoder->fail("text"); }); // arrives queued
+        }
+        QTRY_VERIFY(service.isNull());
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+    }
+
+    void startFromASlotWhileTheServiceGoes_endsAllTheSame_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::newRow("stopping") << Stopping;
+        QTest::newRow("unloaded") << Unloaded;
+    }
+
+    void startFromASlotWhileTheServiceGoes_endsAllTheSame()
+    {
+        QFETCH(int, status);
+        DecodeServiceFixture f;
+        QVERIFY(f.activate());
+        connect(f.control, &QPVDecodeControl::statusChanged, this, [&](QPVDecoder::Status now) {
+            if (now == status) {
+                f.control->start(streamSettings("video/vp9"));
+                f.control->decode(testFrame(1));
+            }
+        });
+        f.service.reset();
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+        QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
+    }
+
+    void session_mayGoWithoutShutdown()
+    {
+        FakePlatform platform;
+        platform.codecs.giveDecoders();
+        OcelleProvider provider(&platform.cameras, &platform.codecs);
+        {
+            OcelleDecodeSession session(&provider, nullptr);
+            QVERIFY(session.startDecoder(streamSettings()));
+        }
+        QCOMPARE(platform.codecs.heldDecoders(), 0);
+    }
+
+    void picturesThatKeepComing_doNotDisturbTheEnd()
+    {
+        for (int round = 0; round < 20; ++round) {
+            FakeSurface surface;
+            DecodeServiceFixture f;
+            f.renderer->setSurface(&surface);
+            std::atomic<bool> ends { false };
+            std::unique_ptr<LibraryThread> library;
+            // As a library does: its thread goes with the decoder.
+            f.script->onInitialize = [&](FakeVideoDecoder &decoder) {
+                library = std::make_unique<LibraryThread>("FakeDecoder", [&] {
+                    while (!ends) {
+                        decoder.deliver(GraphicBuffer::create(1));
+                        decoder.changeParameter(VideoDecoderParameter::ViewportParameter,
+                                                "(1,2,3,4)");
+                        decoder.endStream();
+                        decoder.fail("again");
+                    }
+                });
+            };
+            f.script->onDestroy = [&](FakeVideoDecoder &) {
+                ends = true;
+                library.reset();
+            };
+            QVERIFY(round % 2 ? f.activate() : f.control->start(streamSettings()));
+            f.service.reset();
+            QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+            QCOMPARE(GraphicBuffer::alive(), 0);
+            CallLog::instance().clear();
+            QCOMPARE(calls(), QStringList());
+            f.script->onDestroy = nullptr;
+        }
+    }
+
+    void manyRuns_leaveNothingBehind()
+    {
+        DecodeServiceFixture f;
+        for (int round = 0; round < 100; ++round) {
+            QVERIFY(f.control->start(streamSettings()));
+            const int number = f.platform.codecs.madeDecoders();
+            QVERIFY(f.waitForCall(
+                    QString("decoder %1: initialize(codec 3, 64x48, 30 fps)").arg(number)));
+            for (quint64 time = 0; time < 5; ++time)
+                f.control->decode(testFrame(time));
+            round % 2 ? f.control->drain() : f.control->stop();
+        }
+        QTRY_COMPARE(int(f.control->status()), Unloaded);
+        QTRY_COMPARE(f.platform.codecs.heldDecoders(), 0);
+        QCOMPARE(f.recorder.errors, QStringList());
+        QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
+        QVERIFY(f.script->blocksTaken >= 250); // what was drained is not lost
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDecodeSessionShutdown)
+#include "tst_ocelledecodesessionshutdown.moc"
