@@ -61,7 +61,7 @@ std::optional<std::chrono::nanoseconds> V4l2Producer::next(const std::atomic<boo
         if (!waitForPicture() || !isPatient())
             return {};
         if (m_current)
-            return m_arrived - m_began - Slack;
+            return offset();
     }
     return {};
 }
@@ -78,6 +78,14 @@ std::shared_ptr<GraphicBuffer> V4l2Producer::picture(std::uint64_t, std::int64_t
     if (m_current) // the driver may have it back at once
         drop(picture.index);
     return made;
+}
+
+std::chrono::nanoseconds V4l2Producer::offset()
+{
+    // The beat starts with the first picture; the others' slack is against that one's delay.
+    const auto slack = m_hasBeat ? Slack : Milliseconds(0);
+    m_hasBeat = true;
+    return m_arrived - m_began - slack;
 }
 
 bool V4l2Producer::begin()

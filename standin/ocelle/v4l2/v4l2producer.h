@@ -59,6 +59,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     bool begin();
+    std::chrono::nanoseconds offset();
     void noteStart();
     bool waitForPicture();
     bool takePicture();
@@ -87,6 +88,7 @@ private:
     Clock::time_point m_began {};
     Clock::time_point m_arrived {}; // the current picture
     Clock::duration m_waited {};    // for the device, since the last good picture
+    bool m_hasBeat = false;         // the pacer's, with the first picture
     bool m_hasGood = false;         // one came already
     std::uint64_t m_damaged = 0;    // pictures since the last good one
     bool m_hasSequence = false;

@@ -51,6 +51,7 @@ private slots:
     void init();
     void cleanup();
     void pictures_comeUncopied_andTheirBuffersGoBack();
+    void laterPictures_areDueBeforeTheyCome();
     void buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder();
     void failingCall_isOneSentence_andTheNextStartWorks_data();
     void failingCall_isOneSentence_andTheNextStartWorks();
@@ -135,6 +136,29 @@ void TestV4l2Capture::pictures_comeUncopied_andTheirBuffersGoBack()
     QVERIFY(!m_system->isStreaming());
     QCOMPARE(m_system->openNow(), 0);
     QVERIFY(m_listener->errors().empty());
+}
+
+void TestV4l2Capture::laterPictures_areDueBeforeTheyCome()
+{
+    m_system = std::make_shared<ScriptedV4l2System>();
+    const std::atomic<bool> stop { false };
+    V4l2Producer producer(m_system,
+                          { Id, "Test", Node, { V4L2_PIX_FMT_NV12, Width, Height, { 1, 30 }, 30 } },
+                          V4l2Producer::Patience());
+    const auto next = [&] {
+        const auto delivery =
+                std::async(std::launch::async, [this] { return m_system->deliver(grey(1)); });
+        const auto offset = producer.next(stop);
+        producer.picture(0, 0);
+        return offset.value_or(std::chrono::hours(1));
+    };
+    const auto before = std::chrono::steady_clock::now();
+    const auto first = next();
+    const auto second = next();
+    const auto passed = std::chrono::steady_clock::now() - before;
+    QVERIFY(second - first <= passed - Milliseconds(5));
+    const auto third = next();
+    QVERIFY(third > second);
 }
 
 void TestV4l2Capture::buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder()
