@@ -263,7 +263,7 @@ void TestV4l2Device::pictures_moveAndAreNumberedAndTimed()
     listener.buffersToKeep = 3;
     camera->setListener(&listener);
     QVERIFY(camera->startCapture(Small, 255));
-    QTRY_VERIFY_WITH_TIMEOUT(listener.frames() >= 20, 30000);
+    QTRY_VERIFY_WITH_TIMEOUT(listener.frames() >= 60, 30000);
     camera->stopCapture();
     QVERIFY(listener.errors().empty());
     const auto buffers = listener.buffers();
@@ -271,11 +271,13 @@ void TestV4l2Device::pictures_moveAndAreNumberedAndTimed()
     const auto stamps = listener.stamps();
     for (std::size_t i = 1; i < stamps.size(); ++i) {
         QVERIFY(stamps[i].sequence > stamps[i - 1].sequence);
-        const auto pictures = std::int64_t(stamps[i].sequence - stamps[i - 1].sequence);
-        const std::int64_t time = stamps[i].timestamp - stamps[i - 1].timestamp;
-        QVERIFY2(std::llabs(time - pictures * 33333) < 15000 * pictures + 20000,
-                 qPrintable(QString::number(time)));
+        QVERIFY(stamps[i].timestamp > stamps[i - 1].timestamp);
     }
+    // An emulated driver is late for single pictures by several periods, but not for all.
+    const auto pictures = std::int64_t(stamps.back().sequence - stamps.front().sequence);
+    const std::int64_t time = stamps.back().timestamp - stamps.front().timestamp;
+    QVERIFY2(std::llabs(time - pictures * 33333) < 400000,
+             qPrintable(QStringLiteral("%1 us for %2 pictures").arg(time).arg(pictures)));
     QVERIFY(device.set("Horizontal Movement", 3)); // none
 }
 
@@ -323,7 +325,19 @@ void TestV4l2Device::consumersThatHoldAllBuffers_costPicturesButNothingElse()
     const auto counters = CameraCounters::forCamera(FirstId);
     const std::uint64_t droppedBefore = counters->dropped;
     QVERIFY(camera->startCapture(Small, 255));
-    QTRY_VERIFY_WITH_TIMEOUT(counters->dropped > droppedBefore + 10, 30000);
+    const auto text = [&] {
+        const std::vector<std::string> errors = listener.errors();
+        return QStringLiteral("%1 delivered, %2 captured, %3 dropped, %4 late %5")
+                .arg(listener.frames())
+                .arg(counters->captured)
+                .arg(counters->dropped - droppedBefore)
+                .arg(counters->late)
+                .arg(errors.empty() ? QString() : QString::fromStdString(errors.front()));
+    };
+    const bool isDropping = QTest::qWaitFor(
+            [&] { return listener.frames() == 6 && counters->dropped > droppedBefore + 10; },
+            30000);
+    QVERIFY2(isDropping, qPrintable(text()));
     const int held = listener.frames();
     QCOMPARE(held, 6); // of eight, as two stay with the driver
     listener.buffersToKeep = 0;
