@@ -82,10 +82,11 @@ std::shared_ptr<GraphicBuffer> V4l2Producer::picture(std::uint64_t, std::int64_t
 
 std::chrono::nanoseconds V4l2Producer::offset()
 {
-    // The beat starts with the first picture; the others' slack is against that one's delay.
+    // As of now and not of the arrival: what a picture took on its way here, as the first one does
+    // while code is loaded, would be taken for the beat, and all later ones held back for as long.
     const auto slack = m_hasBeat ? Slack : Milliseconds(0);
     m_hasBeat = true;
-    return m_arrived - m_began - slack;
+    return Clock::now() - m_began - slack;
 }
 
 bool V4l2Producer::begin()

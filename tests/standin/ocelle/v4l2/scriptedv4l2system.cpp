@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <ctime>
+#include <thread>
 
 namespace {
 
@@ -45,6 +46,12 @@ void ScriptedV4l2System::failIoctl(unsigned long request, int error)
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_errors[request] = error;
     m_ready.wake(); // so that DQBUF comes to fail
+}
+
+void ScriptedV4l2System::slowDown(unsigned long request, std::chrono::milliseconds time)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_times[request] = time;
 }
 
 void ScriptedV4l2System::setControl(std::uint32_t id, std::int32_t value)
@@ -151,7 +158,11 @@ void ScriptedV4l2System::close(int device)
 
 int ScriptedV4l2System::ioctl(int device, unsigned long request, void *argument)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const std::chrono::milliseconds time = m_times[request];
+    lock.unlock();
+    std::this_thread::sleep_for(time);
+    lock.lock();
     if (std::find(m_open.begin(), m_open.end(), device) == m_open.end())
         misuse("asked of a closed device");
     ++m_calls[request];

@@ -4,6 +4,7 @@
 
 #include <linux/videodev2.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -35,6 +36,8 @@ public:
     // What it does from now on
     void failOpening(int error);                      // 0: opens again
     void failIoctl(unsigned long request, int error); // 0: works again
+    /*! A call that takes that long. */
+    void slowDown(unsigned long request, std::chrono::milliseconds time);
     void setControl(std::uint32_t id, std::int32_t value);
     /*! Streams and whatever is asked of an open device fail with \a error, as if unplugged. */
     void breakDown(int error);
@@ -88,6 +91,7 @@ private:
     int m_openError = 0;
     int m_broken = 0;
     std::map<unsigned long, int> m_errors;
+    std::map<unsigned long, std::chrono::milliseconds> m_times;
     std::map<unsigned long, int> m_calls;
     std::map<std::uint32_t, std::int32_t> m_controls;
     int m_opens = 0;

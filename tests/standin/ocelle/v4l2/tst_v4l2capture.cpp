@@ -52,6 +52,7 @@ private slots:
     void cleanup();
     void pictures_comeUncopied_andTheirBuffersGoBack();
     void laterPictures_areDueBeforeTheyCome();
+    void slowFirstPicture_doesNotHoldBackTheOthers();
     void buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder();
     void failingCall_isOneSentence_andTheNextStartWorks_data();
     void failingCall_isOneSentence_andTheNextStartWorks();
@@ -159,6 +160,25 @@ void TestV4l2Capture::laterPictures_areDueBeforeTheyCome()
     QVERIFY(second - first <= passed - Milliseconds(5));
     const auto third = next();
     QVERIFY(third > second);
+}
+
+void TestV4l2Capture::slowFirstPicture_doesNotHoldBackTheOthers()
+{
+    open(V4L2_PIX_FMT_NV12);
+    constexpr int delay = 800; // ms
+    m_system->slowDown(VIDIOC_DQBUF, Milliseconds(delay));
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(m_system->deliver(grey(1)));
+    QTRY_COMPARE(m_listener->frames(), 1);
+    m_system->slowDown(VIDIOC_DQBUF, Milliseconds(0));
+    QElapsedTimer timer;
+    qint64 quickest = delay;
+    for (int i = 0; i < 5; ++i) {
+        timer.start();
+        QVERIFY(deliverUntilSeen(grey(2)));
+        quickest = std::min(quickest, timer.elapsed());
+    }
+    QVERIFY2(quickest < delay / 2, qPrintable(QString::number(quickest)));
 }
 
 void TestV4l2Capture::buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder()
