@@ -16,15 +16,14 @@ struct EnumerateUnref
     void operator()(udev_enumerate *enumerate) const { udev_enumerate_unref(enumerate); }
 };
 
-/*! Differs each time a device appears, as the kernel makes its folder anew. */
+/*!
+ * Differs each time a device appears: the kernel makes its folder anew and hands out the numbers of
+ * these in turn. (The folder's times change whenever the kernel's caches are dropped.)
+ */
 std::uint64_t birthOf(const std::string &sysPath)
 {
     struct stat status;
-    if (::stat(sysPath.c_str(), &status) != 0)
-        return 0;
-    const auto nanoseconds = std::uint64_t(status.st_ctim.tv_sec) * 1000000000U +
-                             std::uint64_t(status.st_ctim.tv_nsec);
-    return nanoseconds ^ (std::uint64_t(status.st_ino) << 40);
+    return ::stat(sysPath.c_str(), &status) == 0 ? std::uint64_t(status.st_ino) : 0;
 }
 
 VideoNode describe(udev_device *device, const std::string &sysPath, const std::string &node)
