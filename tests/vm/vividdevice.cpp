@@ -19,11 +19,6 @@ bool run(const std::string &command)
     return std::system(command.c_str()) == 0;
 }
 
-bool settle()
-{
-    return run("SYSTEMD_IGNORE_CHROOT=1 udevadm settle --timeout=30");
-}
-
 bool writeDriver(const char *file)
 {
     std::ofstream out(std::string("/sys/bus/platform/drivers/vivid/") + file);
@@ -84,6 +79,16 @@ bool VividDevice::reload(const std::string &options)
     const char *const module = std::getenv("OCELLE_VIVID_MODULE");
     return module && run("rmmod vivid") && run("insmod " + std::string(module) + ' ' + options) &&
            settle();
+}
+
+bool VividDevice::settle()
+{
+    return run("SYSTEMD_IGNORE_CHROOT=1 udevadm settle --timeout=30");
+}
+
+bool VividDevice::announce()
+{
+    return run("SYSTEMD_IGNORE_CHROOT=1 udevadm trigger --subsystem-match=video4linux") && settle();
 }
 
 std::string VividDevice::nodeOf(int instance)

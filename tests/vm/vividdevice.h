@@ -27,6 +27,10 @@ public:
     static bool plug();
     /*! Loads the driver anew with \a options. */
     static bool reload(const std::string &options);
+    /*! Waits until udev has dealt with all events. */
+    static bool settle();
+    /*! Has the kernel tell of all devices once more. */
+    static bool announce();
     static std::string nodeOf(int instance);
 
 private:
