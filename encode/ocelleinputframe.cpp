@@ -26,13 +26,18 @@ bool OcelleInputFrame::isReadable() const
 {
     if (!y)
         return true; // nothing to read
+    const QVideoFrame &picture = frame();
     // A stride that counts backwards would become a long one.
-    if (frame().bytesPerLine(0) < 0 || frame().bytesPerLine(1) < 0)
+    if (picture.bytesPerLine(0) < 0 || picture.bytesPerLine(1) < 0)
         return false;
-    if (!m_mapped.covers(y, height, yStride, width))
+    // The whole first plane as well: were it not there, the others would not be where they seem.
+    if (!m_mapped.covers(y, height, yStride, width) ||
+        !m_mapped.covers(y, picture.height(), picture.bytesPerLine(0), width))
         return false;
+    if (!cb || !m_mapped.isOnePiece())
+        return true;
     const int lines = (height + 1) / 2;
     const int lineBytes = ((width + 1) / 2 - 1) * chromaStep + 1;
-    return !cb || (m_mapped.covers(cb, lines, cStride, lineBytes) &&
-                   m_mapped.covers(cr, lines, cStride, lineBytes));
+    return m_mapped.covers(cb, lines, cStride, lineBytes) &&
+           m_mapped.covers(cr, lines, cStride, lineBytes);
 }

@@ -2,9 +2,10 @@
 
 #include "ocelleencodelog.h"
 
+// A picture without lines is not mapped: QVideoFrame::map() divides by their number.
 OcelleMappedFrame::OcelleMappedFrame(const QVideoFrame &frame)
     : m_frame(frame)
-    , m_isMapped(m_frame.map(QAbstractVideoBuffer::ReadOnly))
+    , m_isMapped(!m_frame.size().isEmpty() && m_frame.map(QAbstractVideoBuffer::ReadOnly))
 {
 }
 
@@ -14,15 +15,20 @@ OcelleMappedFrame::~OcelleMappedFrame()
         m_frame.unmap();
 }
 
+bool OcelleMappedFrame::isOnePiece() const
+{
+    const auto first = static_cast<quintptr>(m_frame.bytesPerLine(0)) *
+                       static_cast<quintptr>(m_frame.height()); // bytes
+    return reinterpret_cast<quintptr>(m_frame.bits(1)) ==
+           reinterpret_cast<quintptr>(m_frame.bits(0)) + first;
+}
+
 bool OcelleMappedFrame::covers(const uchar *plane, int lines, int stride, int lineBytes) const
 {
-    const auto begin = reinterpret_cast<quintptr>(m_frame.bits(0));
-    const auto end = begin + static_cast<quintptr>(qMax(0, m_frame.mappedBytes()));
-    const auto first = reinterpret_cast<quintptr>(plane);
-    if (lines <= 0 || first < begin || (first >= end && first != begin))
-        return true;
-    const qint64 bytes = static_cast<qint64>(lines - 1) * stride + lineBytes;
-    return bytes <= static_cast<qint64>(end - first);
+    const qint64 offset =
+            reinterpret_cast<qintptr>(plane) - reinterpret_cast<qintptr>(m_frame.bits(0));
+    const qint64 bytes = lines > 0 ? static_cast<qint64>(lines - 1) * stride + lineBytes : 0;
+    return offset >= 0 && bytes <= m_frame.mappedBytes() - offset;
 }
 
 void OcelleMappedFrame::warnOfMissingMemory() const

@@ -7,8 +7,8 @@
  *
  * Threads: built on the worker thread, destroyed on any.
  * Units:   bytes.
- * Errors:  none here; a picture that does not map has null planes. One whose owner has it mapped
- *          for writing cannot be mapped again and shows its owner's planes.
+ * Errors:  none here; a picture that does not map has null planes, as one without lines has. One
+ *          whose owner has it mapped for writing cannot be mapped again and shows its owner's planes.
  */
 class OcelleMappedFrame
 {
@@ -19,9 +19,11 @@ public:
     const QVideoFrame &frame() const { return m_frame; }
 
     /*!
-     * Whether a plane of so many lines lies in mapped memory, as far as can be told: one that
-     * begins outside the first plane's piece of memory has a piece of its own, of unknown size.
+     * Whether all planes share the memory that was mapped, the second one right behind the first.
+     * Else each but the first has memory of its own, of unknown size.
      */
+    bool isOnePiece() const;
+    /*! Whether so many lines from \a plane on lie in the mapped memory. */
     bool covers(const uchar *plane, int lines, int stride, int lineBytes) const;
     /*! Warns that there is less memory than the picture would have to have. */
     void warnOfMissingMemory() const;

@@ -3,12 +3,57 @@
 #include "ocelleinputrgbframe.h"
 #include "testpicture.h"
 
+#include <QAbstractPlanarVideoBuffer>
 #include <QtTest>
 
 #include <limits>
+#include <vector>
 
 using Veltra::Ocelle::RGBFrame;
 using Veltra::Ocelle::YCbCrFrame;
+
+namespace {
+
+/*! Planes as an application may have them: each allocated by itself, as close as it happens. */
+class SeparatePlanes : public QAbstractPlanarVideoBuffer
+{
+public:
+    explicit SeparatePlanes(const QSize &size)
+        : QAbstractPlanarVideoBuffer(NoHandle)
+        , m_width(size.width())
+        , m_memory(static_cast<std::size_t>(size.width()) * size.height() * 2)
+    {
+        m_planes[0] = m_memory.data();
+        m_planes[1] = m_planes[0] + size.width() * size.height() + Gap;
+        m_planes[2] = m_planes[1] + size.width() * size.height() / 4 + Gap;
+        m_bytes = size.width() * size.height() * 3 / 2;
+    }
+
+    const uchar *plane(int index) const { return m_planes[index]; }
+    MapMode mapMode() const override { return m_mapMode; }
+    int map(MapMode mode, int *bytes, int strides[4], uchar *planes[4]) override
+    {
+        m_mapMode = mode;
+        *bytes = m_bytes; // of all, as Qt has it
+        for (int i = 0; i < 3; ++i) {
+            planes[i] = m_planes[i];
+            strides[i] = i == 0 ? m_width : m_width / 2;
+        }
+        return 3;
+    }
+    void unmap() override { m_mapMode = NotMapped; }
+
+private:
+    static constexpr int Gap = 16; // bytes that an allocator keeps between them
+
+    const int m_width;
+    std::vector<uchar> m_memory;
+    uchar *m_planes[3];
+    int m_bytes;
+    MapMode m_mapMode = NotMapped;
+};
+
+} // namespace
 
 class TestInputFrame : public QObject
 {
@@ -105,7 +150,7 @@ private slots:
         const int packed = QVideoFrame::Format_BGRA32;
         QTest::newRow("NV12, exact") << 64 * 48 * 3 / 2 << nv12 << true;
         QTest::newRow("NV12, a byte short") << 64 * 48 * 3 / 2 - 1 << nv12 << false;
-        QTest::newRow("NV12, no chroma") << 64 * 48 << nv12 << true; // chroma: memory of its own
+        QTest::newRow("NV12, no chroma") << 64 * 48 << nv12 << false;
         QTest::newRow("NV12, half the luma") << 64 * 24 << nv12 << false;
         QTest::newRow("NV12, a byte") << 1 << nv12 << false;
         QTest::newRow("YUV420P, exact") << 64 * 48 * 3 / 2 << planar << true;
@@ -128,6 +173,54 @@ private slots:
                                    "memory")
                          .size(),
                  readable ? 0 : 1);
+    }
+
+    void cutPictureWithTooLittleMemory_hasNoPlanes_data()
+    {
+        QTest::addColumn<int>("stride");
+        QTest::addColumn<int>("lines");
+        QTest::newRow("high") << 64 << 65536 + 48;
+        QTest::newRow("wide") << 65536 + 64 << 48;
+    }
+
+    void cutPictureWithTooLittleMemory_hasNoPlanes()
+    {
+        QFETCH(int, stride);
+        QFETCH(int, lines);
+        for (const auto format : { QVideoFrame::Format_BGRA32, QVideoFrame::Format_NV12 }) {
+            const QVideoFrame picture(64 * 48 * 3 / 2, QSize(64, lines), stride, format);
+            QCOMPARE(OcelleInputFrame(picture).y, nullptr);
+        }
+    }
+
+    void planesWithMemoryOfTheirOwn_areTaken()
+    {
+        auto *buffer = new SeparatePlanes(QSize(64, 48));
+        const QVideoFrame picture(buffer, QSize(64, 48), QVideoFrame::Format_YUV420P);
+        const OcelleInputFrame record(picture);
+        QCOMPARE(record.y, buffer->plane(0));
+        QCOMPARE(record.cb, buffer->plane(1));
+        QCOMPARE(record.cr, buffer->plane(2));
+        QCOMPARE(int(record.cStride), 32);
+    }
+
+    void pictureWithoutLines_isNotMapped_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("no lines") << QSize(64, 0);
+        QTest::newRow("no size") << QSize();
+    }
+
+    void pictureWithoutLines_isNotMapped()
+    {
+        QFETCH(QSize, size);
+        const QVideoFrame planar(4096, size, 64, QVideoFrame::Format_YUV420P);
+        const OcelleInputFrame record(planar);
+        QVERIFY(!planar.isMapped());
+        QCOMPARE(record.y, nullptr);
+        QCOMPARE(int(record.height), size.height() & 0xffff);
+        const QVideoFrame packed(4096, size, 64, QVideoFrame::Format_RGB32);
+        QCOMPARE(OcelleInputRGBFrame(packed).data, nullptr);
     }
 
     void rgbPictureWithTooLittleMemory_hasNoData()
