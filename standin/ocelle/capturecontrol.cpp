@@ -98,7 +98,8 @@ bool CaptureControl::beginStart()
 bool CaptureControl::finishStart(std::unique_ptr<PictureProducer> producer)
 {
     const bool made = producer != nullptr;
-    const auto run = std::make_shared<CaptureRun>(m_gate, m_counters, std::move(producer));
+    const auto run = std::make_shared<CaptureRun>(m_description.info.name, m_gate, m_counters,
+                                                  std::move(producer));
     const char *obstacle = nullptr;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -3,6 +3,7 @@
 #include "librarythread.h"
 
 #include <chrono>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -10,9 +11,11 @@
 namespace Veltra {
 namespace Ocelle {
 
-CaptureRun::CaptureRun(std::shared_ptr<Gate> gate, std::shared_ptr<CameraCounters> counters,
+CaptureRun::CaptureRun(std::string name, std::shared_ptr<Gate> gate,
+                       std::shared_ptr<CameraCounters> counters,
                        std::unique_ptr<PictureProducer> producer)
-    : m_gate(std::move(gate))
+    : m_name(std::move(name))
+    , m_gate(std::move(gate))
     , m_counters(std::move(counters))
     , m_producer(std::move(producer))
 {
@@ -88,12 +91,26 @@ void CaptureRun::end(const std::string &error)
         m_producer->wake();
 }
 
+/*! Asks the producer for something, which comes back empty where there is no memory for it. */
+template <class Ask>
+auto CaptureRun::ask(Ask &&what) -> decltype(what())
+{
+    try {
+        return what();
+    } catch (const std::bad_alloc &) {
+        fail("Camera \"" + m_name +
+             "\" has no memory left for its pictures: choose a smaller size, or close other "
+             "programs");
+        return {};
+    }
+}
+
 void CaptureRun::capture()
 {
     Pacer pacer(m_producer->period(), m_producer->catchUp());
     for (std::uint64_t sequence = 0; !m_ending; ++sequence) {
         const auto began = Pacer::Clock::now();
-        const std::optional<std::chrono::nanoseconds> offset = m_producer->next(m_ending);
+        const auto offset = ask([this] { return m_producer->next(m_ending); });
         if (m_ending)
             return;
         if (!offset) {
@@ -118,7 +135,8 @@ void CaptureRun::deliver(std::uint64_t sequence, Pacer::TimePoint due, const Pac
     }
     const std::chrono::microseconds timestamp =
             std::chrono::duration_cast<std::chrono::microseconds>(now.time_since_epoch());
-    std::shared_ptr<GraphicBuffer> buffer = m_producer->picture(sequence, timestamp.count());
+    std::shared_ptr<GraphicBuffer> buffer =
+            ask([&] { return m_producer->picture(sequence, timestamp.count()); });
     if (!buffer) {
         const std::string error = m_producer->error();
         if (!error.empty())

@@ -32,8 +32,9 @@ class CaptureRun : public std::enable_shared_from_this<CaptureRun>
 public:
     using Gate = ListenerGate<CameraListener>;
 
-    CaptureRun(std::shared_ptr<Gate> gate, std::shared_ptr<CameraCounters> counters,
-               std::unique_ptr<PictureProducer> producer);
+    /*! \a name is the camera's, for sentences of the run's own. */
+    CaptureRun(std::string name, std::shared_ptr<Gate> gate,
+               std::shared_ptr<CameraCounters> counters, std::unique_ptr<PictureProducer> producer);
 
     // Any thread; start() once
     /*! Delivers once \a previous, which may be empty, has finished. False if there is no thread. */
@@ -56,12 +57,15 @@ private:
     // Capture thread
     void run();
     void capture();
+    template <class Ask>
+    auto ask(Ask &&what) -> decltype(what());
     void deliver(std::uint64_t sequence, Pacer::TimePoint due, const Pacer &pacer);
     bool waitUntil(Pacer::TimePoint due);
     void reportError();
 
     void end(const std::string &error); // any thread, with m_mutex
 
+    const std::string m_name;
     const std::shared_ptr<Gate> m_gate;
     const std::shared_ptr<CameraCounters> m_counters;
     std::unique_ptr<PictureProducer>

@@ -1,6 +1,7 @@
 #include "scriptedproducer.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 using namespace Veltra::Ocelle;
@@ -32,6 +33,8 @@ std::shared_ptr<GraphicBuffer> ScriptedProducer::picture(std::uint64_t sequence,
         m_error = m_script->error;
         return {};
     }
+    if (m_script->lackMemory)
+        throw std::bad_alloc();
     std::shared_ptr<PictureMemory> picture = m_pool->take();
     if (!picture)
         return {};

@@ -19,6 +19,7 @@ struct ProducerScript
     int endAfter = -1;            // pictures, then the error; never if negative
     std::string error;            // of the end
     bool failToFill = false;      // picture() fails with the error
+    bool lackMemory = false;      // picture() finds none
     std::atomic<int> alive { 0 }; // producers
 };
 

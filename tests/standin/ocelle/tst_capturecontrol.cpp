@@ -17,6 +17,7 @@ private slots:
     void init();
     void failure_isReportedOnce_andEndsTheCapture();
     void failureToFill_isReportedOnce();
+    void lackOfMemory_isReportedOnce_andTheNextStartWorks();
     void unplugged_reportsOnce_andDoesNotStartAgain();
     void unplugged_whileStopped_reportsNothing();
     void unplugged_thenStoppedAtOnce_neverReportsAfterStop();
@@ -82,6 +83,29 @@ void TestCaptureControl::failureToFill_isReportedOnce()
     m_camera->stopCapture();
     QCOMPARE(listener.errors(), std::vector<std::string> { "No such format" });
     QCOMPARE(listener.frames(), 0);
+}
+
+void TestCaptureControl::lackOfMemory_isReportedOnce_andTheNextStartWorks()
+{
+    m_script->lackMemory = true;
+    RecordingListener listener;
+    m_camera->setListener(&listener);
+    QVERIFY(m_camera->startCapture(Offered, 255));
+    QTRY_VERIFY(!listener.errors().empty());
+    QVERIFY(!m_camera->captureStarted());
+    m_camera->stopCapture();
+    QCOMPARE(listener.errors(),
+             std::vector<std::string> {
+                     "Camera \"Test\" has no memory left for its pictures: choose "
+                     "a smaller size, or close other programs" });
+    QCOMPARE(listener.frames(), 0);
+    QCOMPARE(m_script->alive.load(), 0);
+
+    m_script->lackMemory = false;
+    QVERIFY(m_camera->startCapture(Offered, 255));
+    QTRY_VERIFY(listener.frames() > 0);
+    m_camera->stopCapture();
+    QCOMPARE(listener.errors().size(), std::size_t(1));
 }
 
 void TestCaptureControl::unplugged_reportsOnce_andDoesNotStartAgain()
