@@ -82,6 +82,16 @@ PixelFormat patternFormatFrom(const char *text)
     return PixelFormat::NV12;
 }
 
+V4l2Producer::Patience patienceFrom(const char *watchdog)
+{
+    const std::string name = watchdog ? watchdog : "on";
+    if (name == "off")
+        return V4l2Producer::Patience::endless();
+    if (name != "on")
+        printLine("OCELLE_V4L2_WATCHDOG: \"" + name + "\" is not a choice; on and off are");
+    return {};
+}
+
 } // namespace
 
 CameraSelection CameraSelection::parse(const char *text)
@@ -102,20 +112,22 @@ CameraSelection CameraSelection::parse(const char *text)
     return selection;
 }
 
-std::vector<std::unique_ptr<CameraSource>> selectedSources(const char *cameras,
-                                                           const char *patternFormat)
+std::vector<std::unique_ptr<CameraSource>>
+selectedSources(const char *cameras, const char *patternFormat, const char *watchdog)
 {
     const CameraSelection selection = CameraSelection::parse(cameras);
     for (const std::string &error : selection.errors)
         printLine("OCELLE_CAMERAS: " + error);
     const PixelFormat format = patternFormatFrom(patternFormat);
+    const V4l2Producer::Patience patience = patienceFrom(watchdog);
 
     std::vector<std::unique_ptr<CameraSource>> sources;
     for (const CameraSelection::Entry &entry : selection.entries) {
         switch (entry.kind) {
         case Kind::V4l2:
             sources.push_back(std::make_unique<V4l2Source>(std::make_shared<KernelV4l2System>(),
-                                                           std::make_unique<UdevVideoNodes>()));
+                                                           std::make_unique<UdevVideoNodes>(),
+                                                           patience));
             break;
         case Kind::Pattern:
             sources.push_back(std::make_unique<PatternSource>(format));

@@ -43,11 +43,12 @@ struct CameraSelection
 
 /*!
  * The sources that \a cameras and \a patternFormat ask for: the values of OCELLE_CAMERAS and
- * OCELLE_PATTERN_FORMAT ("nv12", the default, or "yu12"), null where they are not set. What is
- * wrong with them goes to standard error, one line each, and is left out.
+ * OCELLE_PATTERN_FORMAT ("nv12", the default, or "yu12"), null where they are not set. \a watchdog
+ * is that of OCELLE_V4L2_WATCHDOG: "on", the default, or "off", which lets a device that stops
+ * delivering be. What is wrong with them goes to standard error, one line each, and is left out.
  */
-std::vector<std::unique_ptr<CameraSource>> selectedSources(const char *cameras,
-                                                           const char *patternFormat);
+std::vector<std::unique_ptr<CameraSource>>
+selectedSources(const char *cameras, const char *patternFormat, const char *watchdog = nullptr);
 
 } // namespace Ocelle
 } // namespace Veltra

@@ -1,4 +1,5 @@
 #include "cameraselection.h"
+#include "decode/localdecoderfactories.h"
 #include "encode/localencoderfactories.h"
 #include "localcameramanager.h"
 #include "localcodecmanager.h"
@@ -12,13 +13,17 @@ Veltra::Ocelle::CameraManager *OcelleManager()
 {
     using namespace Veltra::Ocelle;
     static CameraManager *const manager = new LocalCameraManager(
-            selectedSources(std::getenv("OCELLE_CAMERAS"), std::getenv("OCELLE_PATTERN_FORMAT")));
+            selectedSources(std::getenv("OCELLE_CAMERAS"), std::getenv("OCELLE_PATTERN_FORMAT"),
+                            std::getenv("OCELLE_V4L2_WATCHDOG")));
     return manager;
 }
 
 Veltra::Ocelle::CodecManager *OcelleCodecManager()
 {
     using namespace Veltra::Ocelle;
-    static CodecManager *const manager = new LocalCodecManager(localEncoderFactories(), {});
+    static CodecManager *const manager = new LocalCodecManager(
+            localEncoderFactories(),
+            localDecoderFactories(DecoderSettings::fromTexts(
+                    std::getenv("OCELLE_DECODER_OUTPUT"), std::getenv("OCELLE_DECODER_THREADS"))));
     return manager;
 }

@@ -120,6 +120,11 @@ std::string serialId(const VideoNode &node)
     return Prefix + cleaned(node.property("ID_SERIAL")) + nodeSuffix(node, true);
 }
 
+std::string sharedSerialId(const VideoNode &node)
+{
+    return serialId(node) + '@' + pathId(node).substr(sizeof Prefix - 1);
+}
+
 std::string pathId(const VideoNode &node)
 {
     const std::string &path = node.property("ID_PATH");

@@ -26,6 +26,9 @@ struct VideoNode
 /*! The device's own id: stays the same on any port; empty for devices without a serial number. */
 std::string serialId(const VideoNode &node);
 
+/*! The id where several devices have that serial number: with the place. */
+std::string sharedSerialId(const VideoNode &node);
+
 /*! The id of the place where the device is plugged in. Never empty, never the node's number. */
 std::string pathId(const VideoNode &node);
 

@@ -49,10 +49,7 @@ bool DriverStream::start(const CaptureMode &mode)
 {
     if (!m_device->isOpen())
         return fail("does not open", m_device->error());
-    if (!setFormat(mode))
-        return false;
-    setInterval(mode);
-    return mapBuffers() && streamOn();
+    return setFormat(mode) && setInterval(mode) && mapBuffers() && streamOn();
 }
 
 void DriverStream::stop()
@@ -171,16 +168,20 @@ bool DriverStream::setFormat(const CaptureMode &mode)
                             std::to_string(m_format.width) + 'x' + std::to_string(m_format.height));
 }
 
-void DriverStream::setInterval(const CaptureMode &mode)
+bool DriverStream::setInterval(const CaptureMode &mode)
 {
     v4l2_streamparm parameters {};
     parameters.type = Capture;
     parameters.parm.capture.timeperframe = mode.interval;
     m_interval = mode.interval;
-    // A device without a choice of rates refuses; then its only one is what it listed.
-    if (m_device->ioctl(VIDIOC_S_PARM, &parameters) == 0 &&
-        rateOf(parameters.parm.capture.timeperframe) > 0)
+    const int error = m_device->ioctl(VIDIOC_S_PARM, &parameters);
+    if (error == ENOTTY || error == EINVAL)
+        return true; // it has no choice of rates: its only one is what it listed
+    if (error)
+        return fail("does not take the rate", error);
+    if (rateOf(parameters.parm.capture.timeperframe) > 0)
         m_interval = parameters.parm.capture.timeperframe;
+    return true;
 }
 
 bool DriverStream::mapBuffers()

@@ -77,7 +77,7 @@ private:
     };
 
     bool setFormat(const CaptureMode &mode);
-    void setInterval(const CaptureMode &mode);
+    bool setInterval(const CaptureMode &mode);
     bool mapBuffers();
     bool streamOn();
     bool fail(const char *operation, int error);

@@ -5,6 +5,7 @@
 #include "v4l2format.h"
 
 #include <algorithm>
+#include <map>
 
 namespace Veltra {
 namespace Ocelle {
@@ -34,6 +35,17 @@ std::string unusableFormats(const DeviceAnswers &answers)
 }
 
 } // namespace
+
+void useSharedSerialIds(const std::vector<VideoNode> &nodes, std::vector<CameraNode> &all)
+{
+    std::map<std::string, int> counts;
+    for (const CameraNode &node : all)
+        ++counts[node.id];
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        if (all[i].isOffered && counts[all[i].id] > 1 && !serialId(nodes[i]).empty())
+            all[i].id = sharedSerialId(nodes[i]);
+    }
+}
 
 CameraNode examineNode(const std::shared_ptr<V4l2System> &system, const VideoNode &node)
 {
@@ -68,8 +80,10 @@ std::vector<CameraNode> examineCameraNodes()
 {
     const auto system = std::make_shared<KernelV4l2System>();
     std::vector<CameraNode> all;
-    for (const VideoNode &node : UdevVideoNodes().list())
+    const std::vector<VideoNode> nodes = UdevVideoNodes().list();
+    for (const VideoNode &node : nodes)
         all.push_back(examineNode(system, node));
+    useSharedSerialIds(nodes, all);
     return all;
 }
 

@@ -12,5 +12,8 @@ namespace Ocelle {
 /*! The finding about one node. */
 CameraNode examineNode(const std::shared_ptr<V4l2System> &system, const VideoNode &node);
 
+/*! Gives the cameras among \a all, found on \a nodes, that share a serial number ids of their own. */
+void useSharedSerialIds(const std::vector<VideoNode> &nodes, std::vector<CameraNode> &all);
+
 } // namespace Ocelle
 } // namespace Veltra

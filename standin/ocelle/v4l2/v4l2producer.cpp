@@ -23,6 +23,12 @@ double ratePerSecond(const v4l2_fract &interval)
 
 } // namespace
 
+V4l2Producer::Patience V4l2Producer::Patience::endless()
+{
+    constexpr std::chrono::hours years { 24 * 365 * 10 };
+    return { years, years };
+}
+
 V4l2Producer::V4l2Producer(std::shared_ptr<V4l2System> system, Target target, Patience patience)
     : m_system(std::move(system))
     , m_target(std::move(target))
@@ -50,7 +56,7 @@ std::chrono::nanoseconds V4l2Producer::catchUp() const
 
 std::optional<std::chrono::nanoseconds> V4l2Producer::next(const std::atomic<bool> &stop)
 {
-    if (!m_stream && !begin())
+    if (!m_error.empty() || (!m_stream && !begin()))
         return {};
     if (m_current) { // it came too late to be delivered
         noteGood();

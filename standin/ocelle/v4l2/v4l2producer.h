@@ -36,6 +36,9 @@ public:
     {
         Milliseconds first { 10000 }; // some are slow to wake up
         Milliseconds next { 3000 };   // or four intervals, if that is more
+
+        /*! For devices that rest for long, as those with a trigger. */
+        static Patience endless();
     };
     struct Target
     {

@@ -134,7 +134,8 @@ V4l2Source::Device *V4l2Source::find(Devices &devices, const VideoNode &node)
 std::unique_lock<std::mutex> V4l2Source::lockListed()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_listedFirst.wait_for(lock, FirstListing, [this] { return m_listed; });
+    if (!m_listedFirst.wait_for(lock, FirstListing, [this] { return m_listed; }))
+        m_isListedLate = true;
     return lock;
 }
 
@@ -240,18 +241,17 @@ bool V4l2Source::waitForChange()
     return true;
 }
 
-/*! True if it is another list now. */
+/*! True if it is another list than anyone has seen. */
 bool V4l2Source::list()
 {
     Devices before;
-    bool isFirst;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         before = m_devices;
-        isFirst = !m_listed;
     }
     Devices now = collect(before);
     bool isChanged = now.size() != before.size();
+    bool isNews;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         for (Device &device : now) { // what happened to it meanwhile
@@ -263,6 +263,7 @@ bool V4l2Source::list()
             device.answers = listed->answers ? listed->answers : device.answers;
         }
         before = std::exchange(m_devices, now);
+        isNews = m_listed || m_isListedLate;
         m_listed = true;
     }
     m_listedFirst.notify_all();
@@ -274,7 +275,7 @@ bool V4l2Source::list()
                 control->unplug();
         }
     }
-    return isChanged && !isFirst;
+    return isChanged && isNews;
 }
 
 V4l2Source::Devices V4l2Source::collect(const Devices &before)
@@ -294,8 +295,9 @@ V4l2Source::Devices V4l2Source::collect(const Devices &before)
         else if (isCamera(device))
             added.push_back(std::move(device));
     }
+    noteSharedSerials(added, now);
     for (Device &device : added) { // those that stay keep their ids
-        assignId(device, now);
+        device.id = idFor(device.node, now);
         now.push_back(std::move(device));
     }
     std::sort(now.begin(), now.end(), [](const Device &a, const Device &b) { return a.id < b.id; });
@@ -321,21 +323,37 @@ bool V4l2Source::isCamera(Device &device) const
     return true;
 }
 
-void V4l2Source::assignId(Device &device, const Devices &others)
+/*! A serial number that several devices have is none. */
+void V4l2Source::noteSharedSerials(const Devices &added, const Devices &others)
+{
+    std::set<std::string> known;
+    for (const Devices *const devices : { &others, &added }) {
+        for (const Device &device : *devices) {
+            const std::string serial = serialId(device.node);
+            if (!serial.empty() && !known.insert(serial).second)
+                m_sharedSerials.insert(serial);
+        }
+    }
+}
+
+std::string V4l2Source::idFor(const VideoNode &node, const Devices &others)
 {
     const auto isTaken = [&others](const std::string &id) {
         return std::any_of(others.begin(), others.end(),
                            [&id](const Device &other) { return other.id == id; });
     };
-    const std::string serial = serialId(device.node);
-    const std::string path = pathId(device.node);
-    device.id = serial.empty() ? path : serial;
-    if (!serial.empty() && (m_sharedSerials.count(serial) || isTaken(serial))) {
-        m_sharedSerials.insert(serial); // a serial number that is none
-        device.id = serial + '@' + path.substr(path.find(':') + 1);
-    }
-    for (int number = 2; isTaken(device.id); ++number)
-        device.id = path + '#' + std::to_string(number);
+    const std::string serial = serialId(node);
+    const std::string path = pathId(node);
+    const auto earlier = m_ids.find({ serial, path });
+    if (earlier != m_ids.end() && !isTaken(earlier->second))
+        return earlier->second;
+    std::string id = serial.empty() ? path : serial;
+    if (!serial.empty() && (m_sharedSerials.count(serial) || isTaken(serial)))
+        id = sharedSerialId(node);
+    for (int number = 2; isTaken(id); ++number)
+        id = path + '#' + std::to_string(number);
+    m_ids[{ serial, path }] = id;
+    return id;
 }
 
 } // namespace Ocelle

@@ -9,11 +9,13 @@
 
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace Veltra {
@@ -23,7 +25,8 @@ namespace Ocelle {
  * The cameras that the kernel has a driver for.
  *
  * A camera's id is that of the device, from its serial number, where it has one that no other
- * device here has, else that of the place where it is plugged in.
+ * device here has, else that of the place where it is plugged in. What comes back to its place gets
+ * the id that it had there.
  *
  * Listing opens a device only for what udev does not know: whether it is a camera at all, where
  * udev's daemon has not looked, and where it is mounted, which only built-in cameras know. It is
@@ -72,7 +75,8 @@ private:
     bool list();
     Devices collect(const Devices &before);
     bool isCamera(Device &device) const;
-    void assignId(Device &device, const Devices &others);
+    void noteSharedSerials(const Devices &added, const Devices &others);
+    std::string idFor(const VideoNode &node, const Devices &others);
 
     const std::shared_ptr<V4l2System> m_system;
     const std::unique_ptr<VideoNodes> m_nodes;
@@ -80,11 +84,14 @@ private:
     const WakeUp m_quit;
     std::function<void()> m_changed;
     std::set<std::string> m_sharedSerials; // that several devices have; its own thread
+    std::map<std::pair<std::string, std::string>, std::string>
+            m_ids; // given so far, by serial number and place; its own thread
 
     std::mutex m_mutex; // guards what follows; never held while a device is asked
     std::condition_variable m_listedFirst;
     bool m_listed = false;
-    Devices m_devices; // those that are offered
+    bool m_isListedLate = false; // someone could not wait for it and has seen no camera
+    Devices m_devices;           // those that are offered
 
     std::thread m_thread;
 };

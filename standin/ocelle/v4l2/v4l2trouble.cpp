@@ -113,8 +113,12 @@ std::string holdersOf(const std::string &node, int asking)
 std::string groupRemedy(const std::string &node)
 {
     struct stat status;
-    if (::stat(node.c_str(), &status) != 0 || (status.st_mode & 0060) != 0060 || status.st_gid == 0)
+    if (::stat(node.c_str(), &status) != 0)
         return {};
+    if ((status.st_mode & 0060) != 0060 || status.st_gid == 0)
+        return "a file in /etc/udev/rules.d with the rule SUBSYSTEM==\"video4linux\", "
+               "GROUP=\"video\", "
+               "MODE=\"0660\" lets members of that group use it once it is plugged in anew";
     group record;
     group *found = nullptr;
     std::array<char, 4096> text;

@@ -29,7 +29,10 @@ struct V4l2Trouble
  */
 std::string holdersOf(const std::string &node, int asking);
 
-/*! Which group's members may open \a node, as the end of a sentence; empty where none may. */
+/*!
+ * Which group's members may open \a node, or what rule would let a group's, as the end of a sentence;
+ * empty where there is no such node.
+ */
 std::string groupRemedy(const std::string &node);
 
 } // namespace Ocelle

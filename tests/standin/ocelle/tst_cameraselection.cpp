@@ -17,6 +17,7 @@ private slots:
     void parse_makesPathsAbsolute();
     void selectedSources_writesOneLineForEachWrongEntry();
     void selectedSources_writesOneLineForAWrongPatternFormat();
+    void selectedSources_writesOneLineForAWrongWatchdog();
     void selectedSources_deliversTheWantedPatternFormat();
 
 private:
@@ -113,6 +114,17 @@ void TestCameraSelection::selectedSources_writesOneLineForAWrongPatternFormat()
     QCOMPARE(lines[0],
              QString("ocelle: OCELLE_PATTERN_FORMAT: \"rgb\" is not a format; nv12 and yu12 are"));
     QVERIFY(sources.front()->cameras().front().formats.front() == PixelFormat::NV12);
+}
+
+void TestCameraSelection::selectedSources_writesOneLineForAWrongWatchdog()
+{
+    StderrCapture capture;
+    for (const char *const choice : { "on", "off" })
+        QCOMPARE(selectedSources("pattern", nullptr, choice).size(), std::size_t(1));
+    QCOMPARE(selectedSources("pattern", nullptr, "never").size(), std::size_t(1));
+    QCOMPARE(
+            capture.lines(),
+            QStringList("ocelle: OCELLE_V4L2_WATCHDOG: \"never\" is not a choice; on and off are"));
 }
 
 void TestCameraSelection::selectedSources_deliversTheWantedPatternFormat()

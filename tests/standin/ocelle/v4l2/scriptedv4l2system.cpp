@@ -120,6 +120,12 @@ int ScriptedV4l2System::calls(unsigned long request) const
     return found == m_calls.end() ? 0 : found->second;
 }
 
+int ScriptedV4l2System::waits() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_waits;
+}
+
 std::vector<std::string> ScriptedV4l2System::misuses() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -196,9 +202,10 @@ Veltra::Ocelle::V4l2System::Wait ScriptedV4l2System::wait(int, int wakeUp,
 {
     pollfd waited[] = { { m_ready.descriptor(), POLLIN, 0 }, { wakeUp, POLLIN, 0 } };
     ::poll(waited, 2, int(timeout.count()));
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_waits;
     if (waited[1].revents)
         return Wait::Woken;
-    const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_broken)
         return Wait::Broken;
     return waited[0].revents ? Wait::Ready : Wait::TimedOut;

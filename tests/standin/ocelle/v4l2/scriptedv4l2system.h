@@ -51,6 +51,7 @@ public:
     bool isStreaming() const;
     std::size_t queuedNow() const; // buffers that the driver may fill
     int calls(unsigned long request) const;
+    int waits() const; // for a picture, that have ended
     std::vector<std::string> misuses() const;
 
     int open(const std::string &node) override;
@@ -95,6 +96,7 @@ private:
     std::map<unsigned long, int> m_calls;
     std::map<std::uint32_t, std::int32_t> m_controls;
     int m_opens = 0;
+    int m_waits = 0;
     std::vector<int> m_open;
     std::map<void *, Mapping> m_mappings;
     int m_request = 0; // counts those for buffers

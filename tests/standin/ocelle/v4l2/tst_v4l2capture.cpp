@@ -56,8 +56,10 @@ private slots:
     void buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder();
     void failingCall_isOneSentence_andTheNextStartWorks_data();
     void failingCall_isOneSentence_andTheNextStartWorks();
+    void deviceWithoutChoiceOfRates_captures();
     void firstPicture_isWaitedForLonger();
     void silenceAfterPictures_isAnError();
+    void silence_isNoError_whereThereIsNoWatchdog();
     void damagedPicturesOnly_areAnError();
     void goneWhileStreaming_isOneError_data();
     void goneWhileStreaming_isOneError();
@@ -219,6 +221,9 @@ void TestV4l2Capture::failingCall_isOneSentence_andTheNextStartWorks_data()
     add("busy", VIDIOC_S_FMT, EBUSY,
         "does not take the format: another program uses it; close that first");
     add("no format", VIDIOC_S_FMT, EINVAL, "does not take the format: Invalid argument");
+    add("no rate", VIDIOC_S_PARM, EIO,
+        "does not take the rate: the device or its driver failed; start it anew, and if that does "
+        "not help unplug it and plug it in again");
     add("no memory", VIDIOC_REQBUFS, ENOMEM,
         "gives no memory for pictures: Cannot allocate memory");
     add("no buffer", VIDIOC_QUERYBUF, EINVAL, "gives no memory for pictures: Invalid argument");
@@ -261,6 +266,18 @@ void TestV4l2Capture::failingCall_isOneSentence_andTheNextStartWorks()
     QCOMPARE(m_listener->errors().size(), std::size_t(1));
 }
 
+void TestV4l2Capture::deviceWithoutChoiceOfRates_captures()
+{
+    for (const int error : { ENOTTY, EINVAL }) {
+        open(V4L2_PIX_FMT_NV12);
+        m_system->failIoctl(VIDIOC_S_PARM, error);
+        QVERIFY(m_camera->startCapture(Only, 255));
+        QVERIFY(deliverUntilSeen(grey(1)));
+        QVERIFY(m_listener->errors().empty());
+        m_camera.reset();
+    }
+}
+
 void TestV4l2Capture::firstPicture_isWaitedForLonger()
 {
     open(V4L2_PIX_FMT_NV12, { Milliseconds(900), Milliseconds(100) });
@@ -286,6 +303,18 @@ void TestV4l2Capture::silenceAfterPictures_isAnError()
     QCOMPARE(m_listener->errors().size(), std::size_t(1));
     const QString error = QString::fromStdString(m_listener->errors().front());
     QVERIFY2(error.contains("delivered no picture for 1."), qPrintable(error));
+}
+
+void TestV4l2Capture::silence_isNoError_whereThereIsNoWatchdog()
+{
+    open(V4L2_PIX_FMT_NV12, V4l2Producer::Patience::endless());
+    QVERIFY(m_camera->startCapture(Only, 255));
+    const int waits = m_system->waits();
+    QTRY_VERIFY(m_system->waits() >= waits + 3); // it looked at the time in vain
+    QVERIFY(deliverUntilSeen(grey(1)));
+    QTRY_VERIFY(m_system->waits() >= waits + 6);
+    QVERIFY(m_listener->errors().empty());
+    QVERIFY(m_camera->captureStarted());
 }
 
 void TestV4l2Capture::damagedPicturesOnly_areAnError()

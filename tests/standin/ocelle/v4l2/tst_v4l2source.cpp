@@ -26,15 +26,20 @@ private slots:
     void listing_opensNoDeviceThatUdevKnows();
     void listing_asksBuiltInCamerasOnce();
     void listing_asksOnce_whereUdevTellsNothing();
+    void listingThatTookTooLong_isAChange();
+    void equalSerials_getThePlaceBesides_andKeepTheirIds();
+    void serialThatTurnsOutShared_keepsTheIdItWasGiven();
     void capabilities_areAskedForOnce();
     void busyDevice_isRefused_namingWhoHasIt();
     void deviceInUseHere_isRefused_namingThisProgram();
     void forbiddenDevice_isRefused_namingTheGroup();
+    void deviceOfNoGroup_isRefused_namingTheRule();
     void cameraThatWent_isRefused();
     void unpluggedWhileIdle_reportsNothing();
 
 private:
     void list(std::vector<VideoNode> nodes);
+    QStringList ids();
     QString refusal(); // the line about a camera that does not open
 
     std::shared_ptr<ScriptedV4l2System> m_system;
@@ -51,6 +56,15 @@ std::unique_ptr<QTemporaryFile> fileInANodesPlace()
 {
     auto file = std::make_unique<QTemporaryFile>();
     return file->open() ? std::move(file) : nullptr;
+}
+
+/*! One of several webcams with the same serial number. */
+VideoNode at(const std::string &port, const std::string &node)
+{
+    VideoNode device = webcam(node);
+    device.sysPath = "/sys/devices/usb1/" + port + "/video4linux/" + node.substr(5);
+    device.properties["ID_PATH"] = "usb-" + port;
+    return device;
 }
 
 } // namespace
@@ -76,6 +90,14 @@ void TestV4l2Source::list(std::vector<VideoNode> nodes)
     m_source =
             std::make_unique<V4l2Source>(m_system, std::make_unique<ScriptedVideoNodes>(m_plugged));
     m_source->watch([this] { ++m_changes; });
+}
+
+QStringList TestV4l2Source::ids()
+{
+    QStringList all;
+    for (const CameraDescription &camera : m_source->cameras())
+        all.append(QString::fromStdString(camera.info.id));
+    return all;
 }
 
 QString TestV4l2Source::refusal()
@@ -136,6 +158,45 @@ void TestV4l2Source::listing_asksOnce_whereUdevTellsNothing()
     QCOMPARE(m_source->cameras().size(), std::size_t(1));
     QVERIFY(m_source->cameras().front().formats == std::vector<PixelFormat> { PixelFormat::NV12 });
     QCOMPARE(m_system->opens(), 1);
+}
+
+void TestV4l2Source::listingThatTookTooLong_isAChange()
+{
+    VideoNode sensor = webcam("/dev/video0");
+    sensor.properties["ID_BUS"] = "platform";
+    m_system->slowDown(VIDIOC_QUERYCAP, std::chrono::milliseconds(4000));
+    list({ sensor });
+    QVERIFY(m_source->cameras().empty()); // it did not wait for ever
+    QTRY_COMPARE_WITH_TIMEOUT(m_changes.load(), 1, 10000);
+    QCOMPARE(m_source->cameras().size(), std::size_t(1));
+}
+
+void TestV4l2Source::equalSerials_getThePlaceBesides_andKeepTheirIds()
+{
+    const VideoNode left = at("1-1", "/dev/video0");
+    const VideoNode right = at("1-2", "/dev/video1");
+    const QStringList both { "v4l2:Test_0001@usb-1-1", "v4l2:Test_0001@usb-1-2" };
+    list({ right, left });
+    QCOMPARE(ids(), both);
+    m_plugged->set({ right });
+    QTRY_COMPARE(ids(), both.mid(1));
+    m_plugged->set({ right, at("1-1", "/dev/video7") });
+    QTRY_COMPARE(ids(), both);
+}
+
+void TestV4l2Source::serialThatTurnsOutShared_keepsTheIdItWasGiven()
+{
+    const VideoNode first = at("1-1", "/dev/video0");
+    const VideoNode second = at("1-2", "/dev/video1");
+    const QStringList both { "v4l2:Test_0001", "v4l2:Test_0001@usb-1-2" };
+    list({ first });
+    QCOMPARE(ids(), both.mid(0, 1));
+    m_plugged->set({ first, second });
+    QTRY_COMPARE(ids(), both);
+    m_plugged->set({ second });
+    QTRY_COMPARE(ids(), both.mid(1));
+    m_plugged->set({ second, at("1-1", "/dev/video7") });
+    QTRY_COMPARE(ids(), both);
 }
 
 void TestV4l2Source::capabilities_areAskedForOnce()
@@ -203,10 +264,24 @@ void TestV4l2Source::forbiddenDevice_isRefused_namingTheGroup()
                                   .arg(file->fileName());
     QVERIFY2(line.startsWith(start), qPrintable(line));
     // Only root, or who is in it, can give a file to that group.
-    QCOMPARE(line.contains(
-                     "members of the group \"video\" may use it (as root: adduser USER video)"),
-             isGroups);
+    QVERIFY2(line.contains(isGroups ? "members of the group \"video\" may use it (as root: adduser "
+                                      "USER video)"
+                                    : "the rule SUBSYSTEM==\"video4linux\", GROUP=\"video\""),
+             qPrintable(line));
     QCOMPARE(m_system->calls(VIDIOC_QUERYCAP), 0);
+}
+
+void TestV4l2Source::deviceOfNoGroup_isRefused_namingTheRule()
+{
+    const auto file = fileInANodesPlace();
+    QVERIFY(file);
+    QVERIFY(file->setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+    list({ webcam(file->fileName().toStdString()) });
+    m_system->failOpening(EACCES);
+    const QString line = refusal();
+    QVERIFY2(line.contains("does not open: permission denied; a file in /etc/udev/rules.d with the "
+                           "rule SUBSYSTEM==\"video4linux\", GROUP=\"video\", MODE=\"0660\" lets"),
+             qPrintable(line));
 }
 
 void TestV4l2Source::cameraThatWent_isRefused()
