@@ -54,6 +54,12 @@ void ScriptedV4l2System::slowDown(unsigned long request, std::chrono::millisecon
     m_times[request] = time;
 }
 
+void ScriptedV4l2System::setCapabilities(std::uint32_t capabilities)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_capabilities = capabilities;
+}
+
 void ScriptedV4l2System::setControl(std::uint32_t id, std::int32_t value)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -215,7 +221,7 @@ int ScriptedV4l2System::answer(unsigned long request, void *argument)
 {
     switch (request) {
     case VIDIOC_QUERYCAP:
-        as<v4l2_capability>(argument).device_caps = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+        as<v4l2_capability>(argument).device_caps = m_capabilities;
         as<v4l2_capability>(argument).capabilities =
                 as<v4l2_capability>(argument).device_caps | V4L2_CAP_DEVICE_CAPS;
         return 0;

@@ -38,6 +38,8 @@ public:
     void failIoctl(unsigned long request, int error); // 0: works again
     /*! A call that takes that long. */
     void slowDown(unsigned long request, std::chrono::milliseconds time);
+    /*! Those of the node; a camera's until this is called. */
+    void setCapabilities(std::uint32_t capabilities);
     void setControl(std::uint32_t id, std::int32_t value);
     /*! Streams and whatever is asked of an open device fail with \a error, as if unplugged. */
     void breakDown(int error);
@@ -95,6 +97,7 @@ private:
     std::map<unsigned long, std::chrono::milliseconds> m_times;
     std::map<unsigned long, int> m_calls;
     std::map<std::uint32_t, std::int32_t> m_controls;
+    std::uint32_t m_capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     int m_opens = 0;
     int m_waits = 0;
     std::vector<int> m_open;
