@@ -1,0 +1,32 @@
+#pragma once
+
+namespace Veltra {
+namespace Ocelle {
+
+/*! How the pictures of a decoder reach its listener. */
+enum class DecoderOutput {
+    Buffer, // onDecodedGraphicBuffer()
+    YCbCr,  // onDecodedYCbCrFrame()
+};
+
+/*! How the work of a decoder is spread over threads. */
+enum class DecoderThreads {
+    LowDelay,   // over the parts of one picture, which comes out as soon as it can
+    Throughput, // over several pictures, which come out that much later
+};
+
+/*! What is the same for all decoders of a process. */
+struct DecoderSettings
+{
+    DecoderOutput output = DecoderOutput::Buffer;
+    DecoderThreads threads = DecoderThreads::LowDelay;
+
+    /*!
+     * As two texts ask for, "buffer" or "ycbcr" and "delay" or "throughput"; null or empty for the
+     * first of these. Anything else is told of on standard error and stands for the first too.
+     */
+    static DecoderSettings fromTexts(const char *output, const char *threads);
+};
+
+} // namespace Ocelle
+} // namespace Veltra
