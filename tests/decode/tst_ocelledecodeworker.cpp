@@ -1,5 +1,7 @@
 #include "calllog.h"
+#include "codecworkerfixture.h"
 #include "decodeservicefixture.h"
+#include "eventcounter.h"
 #include "messagelog.h"
 #include "ocelledecodeworker.h"
 
@@ -13,26 +15,13 @@ namespace {
 
 const QString Decoding("warning veltra.palaver.decoder.ocelle: ");
 
-/*!
- * A worker on the test's own thread, which therefore decides when it works, beside a service's
- * session, which reports its errors. Its decoders are "decoder 1" and so on.
- */
-class WorkerFixture : public DecodeServiceFixture
+/*! A worker that the test drives. Its decoders are "decoder 1" and so on. */
+class WorkerFixture : public CodecWorkerFixture<DecodeServiceFixture, OcelleDecodeWorker>
 {
 public:
-    WorkerFixture()
-        : worker(session())
-    {
-        CallLog::instance().clear();
-        QObject::connect(&worker, &OcelleDecodeWorker::statusChanged,
-                         [this](QPVDecoder::Status status) { statuses.append(status); });
-        QObject::connect(&worker, &OcelleDecodeWorker::needData,
-                         [this](unsigned int hint) { hints.append(hint); });
-    }
-
     std::shared_ptr<Veltra::Ocelle::VideoDecoder> makeDecoder()
     {
-        return std::make_shared<FakeVideoDecoder>(++m_made, script);
+        return std::make_shared<FakeVideoDecoder>(nextNumber(), script);
     }
     bool startWorker() { return worker.start(makeDecoder(), streamSettings()); }
     /*! Does all there is to do, what comes up meanwhile too. */
@@ -53,33 +42,6 @@ public:
         QStringList calls = CallLog::instance().texts("decoder");
         return calls.replaceInStrings(QRegularExpression(R"(\(codec.*\)|, type 0, xy)"), "");
     }
-
-    OcelleDecodeWorker worker;
-    QList<int> statuses;
-    QList<unsigned int> hints;
-
-private:
-    int m_made = 0;
-};
-
-/*! How many events of \a type an object gets. */
-class EventCounter : public QObject
-{
-public:
-    EventCounter(QObject *watched, int type)
-        : m_type(type)
-    {
-        watched->installEventFilter(this);
-    }
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        count += event->type() == m_type;
-        return false;
-    }
-    int count = 0;
-
-private:
-    const int m_type;
 };
 
 } // namespace

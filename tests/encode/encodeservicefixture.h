@@ -1,6 +1,7 @@
 #pragma once
 
 #include "encoderecorder.h"
+#include "encodestatuses.h"
 #include "fakeencoderscript.h"
 #include "fakeplatform.h"
 #include "fakevideoencoder.h"
@@ -16,15 +17,6 @@
 #include <palaver/qpvencodedvideosourcecontrol.h>
 
 #include <memory>
-
-/*! The values of the lists of statuses, in the order of an encoder's life. */
-namespace Statuses {
-constexpr int Unloaded = QPVEncoder::UnloadedStatus;
-constexpr int Loaded = QPVEncoder::LoadedStatus;
-constexpr int Stopping = QPVEncoder::StoppingStatus;
-constexpr int Starting = QPVEncoder::StartingStatus;
-constexpr int Active = QPVEncoder::ActiveStatus;
-} // namespace Statuses
 
 /*! NV12, 64x48, 25 frames per second. */
 QVideoSurfaceFormat surfaceFormat();
