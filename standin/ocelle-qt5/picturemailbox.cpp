@@ -19,13 +19,13 @@ constexpr quint64 OverdueAfter = 16; // pictures; half a second at 30 a second
 
 void PictureMailbox::deliver(std::shared_ptr<GraphicBuffer> &&buffer)
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     if (!m_presenter)
         return;
     countSequence(buffer->sequence);
     if (!buffer->live || !m_wakeUpPending ||
         !m_queue.exchangeLive(buffer, m_viewport, m_mirrored)) {
-        enqueue(buffer);
+        enqueue(buffer, lock);
     } else if (++m_exchanged == m_overdueAt) {
         wakeByItself();
     }
@@ -33,9 +33,9 @@ void PictureMailbox::deliver(std::shared_ptr<GraphicBuffer> &&buffer)
 
 void PictureMailbox::deliverCopy(std::shared_ptr<GraphicBuffer> copy)
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     if (m_presenter)
-        enqueue(copy);
+        enqueue(copy, lock);
 }
 
 void PictureMailbox::drop()
@@ -49,7 +49,7 @@ void PictureMailbox::drop()
 
 void PictureMailbox::reject(Trouble trouble, const QString &text)
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     if (!m_presenter)
         return;
     ++m_statistics.delivered;
@@ -58,7 +58,7 @@ void PictureMailbox::reject(Trouble trouble, const QString &text)
         return;
     m_reported |= unsigned(trouble);
     m_reports.append(text);
-    wake();
+    wake(lock);
 }
 
 void PictureMailbox::setMirrored(bool mirrored)
@@ -76,7 +76,7 @@ void PictureMailbox::setViewport(const QRect &viewport)
 void PictureMailbox::stop()
 {
     PictureQueue dropped;
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     if (!m_presenter)
         return;
     std::swap(dropped, m_queue);
@@ -85,7 +85,7 @@ void PictureMailbox::stop()
     m_reported = 0;
     m_stopRequested = true;
     ++m_epoch;
-    wake();
+    wake(lock);
 }
 
 VideoOutputStatistics PictureMailbox::statistics() const
@@ -152,11 +152,11 @@ PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
 
 void PictureMailbox::wakeAgain(SurfacePresenter *presenter)
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     if (presenter != m_presenter)
         return;
     m_wakeUpPending = false;
-    wake();
+    wake(lock);
 }
 
 bool PictureMailbox::claimReport(Trouble trouble)
@@ -183,8 +183,9 @@ bool PictureMailbox::forget(SurfacePresenter *presenter)
     return true;
 }
 
-/*! Leaves in \a buffer what had to go for it, to be released without the lock. */
-void PictureMailbox::enqueue(std::shared_ptr<GraphicBuffer> &buffer)
+/*! Leaves in \a buffer what had to go for it, to be released without the lock. Ends with wake(). */
+void PictureMailbox::enqueue(std::shared_ptr<GraphicBuffer> &buffer,
+                             std::unique_lock<std::mutex> &lock)
 {
     ++m_statistics.delivered;
     std::shared_ptr<GraphicBuffer> dropped;
@@ -193,7 +194,7 @@ void PictureMailbox::enqueue(std::shared_ptr<GraphicBuffer> &buffer)
         wakeByItself();
     }
     buffer.swap(dropped);
-    wake();
+    wake(lock);
 }
 
 /*! A number below the last one means that the source began anew. */
@@ -209,16 +210,20 @@ void PictureMailbox::countSequence(quint64 sequence)
     m_lastSequence = sequence;
 }
 
-void PictureMailbox::wake()
+/*! Comes last: where it wakes the thread it releases \a lock first. */
+void PictureMailbox::wake(std::unique_lock<std::mutex> &lock)
 {
     if (m_wakeUpPending)
         return;
     m_wakeUpPending = true;
     m_overdueAt = m_exchanged + OverdueAfter;
-    if (m_waker)
-        m_waker->wake(m_presenter);
-    else
+    if (!m_waker) {
         m_presenter->postWork();
+    } else if (m_waker->add(m_presenter)) {
+        const std::shared_ptr<PresenterWaker> waker = m_waker;
+        lock.unlock();
+        waker->post();
+    }
 }
 
 /*!

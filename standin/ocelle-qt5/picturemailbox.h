@@ -23,8 +23,8 @@ class SurfacePresenter;
  * has itself woken again if there is more. It is woken together with the other presenters of its
  * thread; where one of these holds that up, it gets an event of its own.
  *
- * Threads: grouped below. The mutex is held for a few lines and while an event is posted, which is
- *          what keeps the presenter from being destroyed in between; never while calling out.
+ * Threads: grouped below. The mutex is held for a few lines; while it posts an event only to a
+ *          presenter itself, which it then keeps from being destroyed. The waker's comes after it.
  * Owner:   shared by the output and its presenters, of which only the current one is served.
  */
 class PictureMailbox
@@ -75,9 +75,9 @@ public:
     bool forget(SurfacePresenter *presenter); // it is being destroyed; true if it was current
 
 private:
-    void enqueue(std::shared_ptr<GraphicBuffer> &buffer);
+    void enqueue(std::shared_ptr<GraphicBuffer> &buffer, std::unique_lock<std::mutex> &lock);
     void countSequence(quint64 sequence);
-    void wake();
+    void wake(std::unique_lock<std::mutex> &lock);
     void wakeByItself();
     void reset();
 

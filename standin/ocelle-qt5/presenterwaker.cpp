@@ -4,8 +4,10 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QThread>
 
 #include <algorithm>
+#include <utility>
 
 namespace Veltra {
 namespace Ocelle {
@@ -15,20 +17,31 @@ std::shared_ptr<PresenterWaker> PresenterWaker::ofCurrentThread()
     thread_local std::weak_ptr<PresenterWaker> known;
     std::shared_ptr<PresenterWaker> waker = known.lock();
     if (!waker) {
-        waker.reset(new PresenterWaker);
+        waker.reset(new PresenterWaker, destroy);
         known = waker;
     }
     return waker;
 }
 
-void PresenterWaker::wake(SurfacePresenter *presenter)
+/*! The last one to know it may be a thread that has just posted its event. */
+void PresenterWaker::destroy(PresenterWaker *waker)
+{
+    if (waker->thread() == QThread::currentThread())
+        delete waker;
+    else
+        waker->deleteLater();
+}
+
+void PresenterWaker::post()
+{
+    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+}
+
+bool PresenterWaker::add(SurfacePresenter *presenter)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_waiting.push_back(presenter);
-    if (m_eventPending)
-        return;
-    m_eventPending = true;
-    QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    return !std::exchange(m_eventPending, true);
 }
 
 bool PresenterWaker::forget(SurfacePresenter *presenter)

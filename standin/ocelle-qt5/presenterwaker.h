@@ -20,7 +20,7 @@ class SurfacePresenter;
  * same picture share its QVideoFrame, too.
  *
  * Threads: grouped below; lives on the thread that it serves.
- * Owner:   shared by that thread's presenters and their mailboxes.
+ * Owner:   shared by that thread's presenters and their mailboxes; destroyed on that thread.
  */
 class PresenterWaker : public QObject, public std::enable_shared_from_this<PresenterWaker>
 {
@@ -30,7 +30,15 @@ public:
     static std::shared_ptr<PresenterWaker> ofCurrentThread();
 
     // Any thread that keeps the presenter from being destroyed meanwhile
-    void wake(SurfacePresenter *presenter);
+    /*! True where post() has to follow. */
+    bool add(SurfacePresenter *presenter);
+
+    // Any thread
+    /*!
+     * Call it with no lock held: the woken thread is often there before the call returns, and would
+     * wait for that lock.
+     */
+    void post();
 
     // The thread that it serves
     bool forget(SurfacePresenter *presenter); // true if it was to be woken
@@ -44,8 +52,9 @@ protected:
 
 private:
     PresenterWaker() = default;
+    static void destroy(PresenterWaker *waker);
 
-    std::mutex m_mutex; // guards the next two; held while an event is posted, not while presenting
+    std::mutex m_mutex;                        // guards the next two; never held across a call out
     std::vector<SurfacePresenter *> m_waiting; // in the order of their calls
     bool m_eventPending = false;
 
