@@ -1,12 +1,14 @@
 #pragma once
 
-#include <sys/resource.h>
+#include <ctime>
 
-/*! CPU time of the whole process so far, user and system, in seconds. */
+/*!
+ * CPU time of the whole process so far, user and system, in seconds. The clock counts what the
+ * scheduler measured, where getrusage() may count the ticks that happened to fall into the process.
+ */
 inline double cpuTime()
 {
-    rusage usage {};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    timespec time {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) / 1e9;
 }

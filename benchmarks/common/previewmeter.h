@@ -5,7 +5,7 @@
 /*!
  * Measures a preview: CPU time per picture once it runs, the rate, and when the first picture came.
  *
- * Threads: the application's.
+ * Threads: the application's, but for count(), which is for the one thread that the pictures come on.
  * Units:   pictures; prints microseconds, pictures per second and milliseconds.
  */
 class PreviewMeter

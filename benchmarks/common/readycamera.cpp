@@ -7,10 +7,11 @@ using Veltra::Ocelle::CameraFacing;
 using Veltra::Ocelle::CameraInfo;
 using Veltra::Ocelle::PixelFormat;
 
-ReadyCamera::ReadyCamera(int width, int height, std::uint64_t pictures)
+ReadyCamera::ReadyCamera(int width, int height, std::uint64_t pictures, Pace pace)
     : m_width(width)
     , m_height(height)
     , m_pictures(pictures)
+    , m_pace(pace)
     , m_pool(std::make_shared<Veltra::Ocelle::BufferPool<Picture>>())
     , m_memory(std::size_t(width) * std::size_t(height) * 3 / 2, 128)
 {
@@ -70,15 +71,7 @@ bool ReadyCamera::captureStarted()
 
 void ReadyCamera::deliver()
 {
-    std::uint64_t allowed = 0;
-    for (std::uint64_t i = 0; i < m_pictures; ++i) {
-        while (allowed == 0) {
-            sem_wait(&m_go);
-            if (m_stop)
-                return;
-            allowed = m_allowed.exchange(0);
-        }
-        --allowed;
+    for (std::uint64_t i = 0; i < m_pictures && waitForNext(); ++i) {
         std::shared_ptr<Picture> picture = m_pool->take();
         if (!picture)
             continue;
@@ -95,4 +88,20 @@ void ReadyCamera::deliver()
         m_listener->onCameraFrame(std::move(picture));
     }
     sem_post(&m_done);
+}
+
+bool ReadyCamera::waitForNext()
+{
+    if (m_pace == Paced) {
+        m_beat.wait();
+        return !m_stop;
+    }
+    while (m_granted == 0) {
+        sem_wait(&m_go);
+        if (m_stop)
+            return false;
+        m_granted = m_allowed.exchange(0);
+    }
+    --m_granted;
+    return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "beat.h"
 #include "bufferpool.h"
 #include "graphicbuffer.h"
 
@@ -14,7 +15,8 @@
 
 /*!
  * A camera whose pictures are ready: what is left is what everybody else spends on them. It hands
- * out the next one only when it is told to go on, so that every picture is used.
+ * out the next one only when it is told to go on, so that every picture is used, or keeps a
+ * camera's beat.
  *
  * Threads: delivers on a thread of its own; proceed() from any.
  * Owner:   ReadyCameraManager's clients.
@@ -22,7 +24,12 @@
 class ReadyCamera : public Veltra::Ocelle::Camera
 {
 public:
-    ReadyCamera(int width, int height, std::uint64_t pictures);
+    enum Pace {
+        WhenTold,
+        Paced // 30 pictures a second
+    };
+
+    ReadyCamera(int width, int height, std::uint64_t pictures, Pace pace = WhenTold);
     ~ReadyCamera() override;
 
     /*! Lets \a pictures more be delivered, one after the other. */
@@ -44,10 +51,15 @@ private:
     };
 
     void deliver();
+    /*! False where it is to stop instead. */
+    bool waitForNext();
 
     const int m_width;  // pixels
     const int m_height; // lines
     const std::uint64_t m_pictures;
+    const Pace m_pace;
+    Beat m_beat;
+    std::uint64_t m_granted = 0; // pictures that may be delivered; the camera thread's
     std::shared_ptr<Veltra::Ocelle::BufferPool<Picture>> m_pool;
     std::vector<std::uint8_t> m_memory; // one NV12 picture, shared by all buffers
     std::thread m_thread;

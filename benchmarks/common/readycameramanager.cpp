@@ -4,10 +4,11 @@ using Veltra::Ocelle::Camera;
 using Veltra::Ocelle::CameraCapability;
 using Veltra::Ocelle::CameraInfo;
 
-ReadyCameraManager::ReadyCameraManager(int width, int height, std::uint64_t pictures)
+ReadyCameraManager::ReadyCameraManager(int width, int height, std::uint64_t pictures,
+                                       ReadyCamera::Pace pace)
     : m_width(width)
     , m_height(height)
-    , m_camera(std::make_shared<ReadyCamera>(width, height, pictures))
+    , m_camera(std::make_shared<ReadyCamera>(width, height, pictures, pace))
 {
 }
 

@@ -11,7 +11,8 @@
 class ReadyCameraManager : public Veltra::Ocelle::CameraManager
 {
 public:
-    ReadyCameraManager(int width, int height, std::uint64_t pictures);
+    ReadyCameraManager(int width, int height, std::uint64_t pictures,
+                       ReadyCamera::Pace pace = ReadyCamera::WhenTold);
 
     ReadyCamera *camera() const;
 
