@@ -2,10 +2,22 @@
 
 #include "ocelleencodelog.h"
 
-// A picture without lines is not mapped: QVideoFrame::map() divides by their number.
+namespace {
+
+/*! QVideoFrame::map() divides by the number of chroma lines of these formats. */
+bool isMappable(const QVideoFrame &frame)
+{
+    const QVideoFrame::PixelFormat format = frame.pixelFormat();
+    const bool divides =
+            format == QVideoFrame::Format_YUV420P || format == QVideoFrame::Format_YV12;
+    return !divides || frame.height() / 2 != 0;
+}
+
+} // namespace
+
 OcelleMappedFrame::OcelleMappedFrame(const QVideoFrame &frame)
     : m_frame(frame)
-    , m_isMapped(!m_frame.size().isEmpty() && m_frame.map(QAbstractVideoBuffer::ReadOnly))
+    , m_isMapped(isMappable(m_frame) && m_frame.map(QAbstractVideoBuffer::ReadOnly))
 {
 }
 

@@ -7,8 +7,9 @@
  *
  * Threads: built on the worker thread, destroyed on any.
  * Units:   bytes.
- * Errors:  none here; a picture that does not map has null planes, as one without lines has. One
- *          whose owner has it mapped for writing cannot be mapped again and shows its owner's planes.
+ * Errors:  none here; a picture that does not map has null planes, as one in three planes of less
+ *          than two lines has. One whose owner has it mapped for writing cannot be mapped again and
+ *          shows its owner's planes.
  */
 class OcelleMappedFrame
 {

@@ -204,23 +204,27 @@ private slots:
         QCOMPARE(int(record.cStride), 32);
     }
 
-    void pictureWithoutLines_isNotMapped_data()
+    void pictureOfHardlyAnyLines_isHarmless_data()
     {
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("no lines") << QSize(64, 0);
-        QTest::newRow("no size") << QSize();
+        QTest::addColumn<int>("lines");
+        for (const int lines : { -2, -1, 0, 1, 2 })
+            QTest::newRow(QByteArray::number(lines)) << lines;
     }
 
-    void pictureWithoutLines_isNotMapped()
+    void pictureOfHardlyAnyLines_isHarmless()
     {
-        QFETCH(QSize, size);
-        const QVideoFrame planar(4096, size, 64, QVideoFrame::Format_YUV420P);
-        const OcelleInputFrame record(planar);
-        QVERIFY(!planar.isMapped());
-        QCOMPARE(record.y, nullptr);
-        QCOMPARE(int(record.height), size.height() & 0xffff);
-        const QVideoFrame packed(4096, size, 64, QVideoFrame::Format_RGB32);
-        QCOMPARE(OcelleInputRGBFrame(packed).data, nullptr);
+        QFETCH(int, lines);
+        for (const auto format : { QVideoFrame::Format_YUV420P, QVideoFrame::Format_YV12,
+                                   QVideoFrame::Format_NV12, QVideoFrame::Format_BGRA32 }) {
+            const QVideoFrame picture(4096, QSize(64, lines), 64, format);
+            const OcelleInputFrame record(picture);
+            QCOMPARE(int(record.height), lines & 0xffff);
+            const bool planar =
+                    format == QVideoFrame::Format_YUV420P || format == QVideoFrame::Format_YV12;
+            QCOMPARE(record.y != nullptr, lines >= (planar ? 2 : 0));
+        }
+        const QVideoFrame rgb(4096, QSize(16, lines), 64, QVideoFrame::Format_RGB32);
+        QCOMPARE(OcelleInputRGBFrame(rgb).data != nullptr, lines >= 0);
     }
 
     void rgbPictureWithTooLittleMemory_hasNoData()
