@@ -1,5 +1,6 @@
 #include "commandline.h"
 
+#include "cameralist.h"
 #include "console.h"
 #include "frameimage.h"
 
@@ -9,6 +10,7 @@
 #include <QRegularExpression>
 
 #include <CLI/CLI.hpp>
+#include <limits>
 
 namespace Tool {
 namespace {
@@ -21,10 +23,21 @@ struct Words // as they come from the command line
     qint64 frames = 0;
     std::string snapshot;
     bool noWindow = false;
+    std::string input;
+    std::string output;
+    std::string codec;
+    std::string bitRate;
+    double seconds = 0;
+    int rotation = 0; // degrees
+    bool mirror = false;
+    bool force = false;
 };
 
 constexpr int MaxSide = 16384;    // pixels
 constexpr double MaxRate = 10000; // pictures per second
+constexpr int QuarterTurn = 90;   // degrees
+constexpr int FullTurn = 360;
+constexpr int MaxTurn = 100 * FullTurn;
 
 QSize sizeFrom(const std::string &text)
 {
@@ -72,15 +85,64 @@ std::string snapshotProblem(const std::string &text)
     return {};
 }
 
+/*! Bits per second, "800000", "800k" or "1.5M"; 0 for anything else. */
+int bitRateFrom(const std::string &text)
+{
+    static const QRegularExpression form(
+            QStringLiteral("^([0-9]{1,12}(?:\\.[0-9]{1,6})?)([kM]?)$"));
+    const QRegularExpressionMatch match = form.match(QString::fromStdString(text));
+    const QString unit = match.captured(2);
+    const double factor = unit == QLatin1String("k") ? 1e3 : unit == QLatin1String("M") ? 1e6 : 1;
+    const double rate = match.captured(1).toDouble() * factor;
+    return rate >= 1 && rate <= std::numeric_limits<int>::max() ? qRound(rate) : 0;
+}
+
+std::string bitRateProblem(const std::string &text)
+{
+    return bitRateFrom(text) > 0
+                   ? std::string()
+                   : "\"" + text + "\" is not a number of bits per second, like 800000 or 800k";
+}
+
+std::string secondsProblem(const std::string &text)
+{
+    bool isNumber = false;
+    const double seconds = QString::fromStdString(text).toDouble(&isNumber);
+    return isNumber && seconds > 0 && seconds < 1e9 ? std::string()
+                                                    : "\"" + text + "\" is not a number of seconds";
+}
+
+std::string rotationProblem(const std::string &text)
+{
+    bool isNumber = false;
+    const int degrees = QString::fromStdString(text).toInt(&isNumber);
+    return isNumber && degrees % QuarterTurn == 0 && qAbs(degrees) <= MaxTurn
+                   ? std::string()
+                   : "\"" + text + "\" is not a rotation; there are 0, 90, 180 and 270 degrees";
+}
+
+std::string codecProblem(const std::string &text)
+{
+    return codecNamed(QString::fromStdString(text))
+                   ? std::string()
+                   : "\"" + text + "\" is not a codec; there are " +
+                             joined(codecNames()).toStdString();
+}
+
+void addSizeAndRate(CLI::App *command, Words *words)
+{
+    command->add_option("--size", words->size, "Size of the pictures in pixels")
+            ->type_name("WxH")
+            ->check(CLI::Validator(sizeProblem, ""));
+    command->add_option("--fps", words->rate, "Pictures per second")
+            ->type_name("N")
+            ->check(CLI::Validator(rateProblem, ""));
+}
+
 void addPreview(CLI::App *preview, Words *words, bool *json)
 {
     preview->add_option("CAMERA", words->camera, "Id of the camera, as list shows it")->required();
-    preview->add_option("--size", words->size, "Size of the pictures in pixels")
-            ->type_name("WxH")
-            ->check(CLI::Validator(sizeProblem, ""));
-    preview->add_option("--fps", words->rate, "Pictures per second")
-            ->type_name("N")
-            ->check(CLI::Validator(rateProblem, ""));
+    addSizeAndRate(preview, words);
     preview->add_option("--frames", words->frames, "End after N pictures; else Ctrl-C ends it")
             ->type_name("N")
             ->check(CLI::Validator(framesProblem, ""));
@@ -107,6 +169,81 @@ PreviewOptions previewOptions(const CLI::App &preview, const Words &words, bool 
     return options;
 }
 
+void addEncoding(CLI::App *command, Words *words, bool *json)
+{
+    command->add_option("--codec", words->codec,
+                        "h264, h265, vp8 or vp9; else the usual one of the file's kind")
+            ->type_name("CODEC")
+            ->check(CLI::Validator(codecProblem, ""));
+    command->add_option("--bitrate", words->bitRate, "Bits per second, 1M unless given")
+            ->type_name("N[k|M]")
+            ->check(CLI::Validator(bitRateProblem, ""));
+    command->add_option("--rotate", words->rotation, "Turn the pictures clockwise")
+            ->type_name("DEGREES")
+            ->check(CLI::Validator(rotationProblem, ""));
+    command->add_flag(
+            "--mirror", words->mirror,
+            "Mirror them top to bottom, before they are turned; with --rotate 180 that is "
+            "left to right");
+    command->add_flag("--force", words->force, "Replace a file that is there");
+    command->add_flag("--json", *json, "Print what it came to as JSON");
+    command->add_option("OUT", words->output, "File to write: .mkv, .mp4, .webm or .ivf")
+            ->required();
+}
+
+EncodingOptions encodingOptions(const CLI::App &command, const Words &words)
+{
+    EncodingOptions options;
+    options.output = QFile::decodeName(words.output.c_str());
+    options.codec = codecNamed(QString::fromStdString(words.codec));
+    if (command.count("--bitrate") > 0)
+        options.bitRate = bitRateFrom(words.bitRate);
+    options.rotation = (words.rotation % FullTurn + FullTurn) % FullTurn;
+    options.mirror = words.mirror;
+    options.force = words.force;
+    return options;
+}
+
+void addRecord(CLI::App *record, Words *words, bool *json)
+{
+    record->add_option("--camera", words->camera, "Id of the camera, as list shows it")->required();
+    addSizeAndRate(record, words);
+    record->add_option("--seconds", words->seconds, "End after N seconds; else Ctrl-C ends it")
+            ->type_name("N")
+            ->check(CLI::Validator(secondsProblem, ""));
+    addEncoding(record, words, json);
+}
+
+RecordOptions recordOptions(const CLI::App &record, const Words &words, bool json)
+{
+    RecordOptions options;
+    options.camera = QString::fromStdString(words.camera);
+    if (record.count("--size") > 0)
+        options.size = sizeFrom(words.size);
+    if (record.count("--fps") > 0)
+        options.rate = words.rate;
+    if (record.count("--seconds") > 0)
+        options.seconds = words.seconds;
+    options.encoding = encodingOptions(record, words);
+    options.json = json;
+    return options;
+}
+
+void addEncode(CLI::App *encode, Words *words, bool *json)
+{
+    encode->add_option("IN", words->input, "Video file to encode")->required();
+    addEncoding(encode, words, json);
+}
+
+EncodeOptions encodeOptions(const CLI::App &encode, const Words &words, bool json)
+{
+    EncodeOptions options;
+    options.input = QFile::decodeName(words.input.c_str());
+    options.encoding = encodingOptions(encode, words);
+    options.json = json;
+    return options;
+}
+
 // Prints what was asked for, or what was wrong.
 ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
 {
@@ -127,7 +264,7 @@ ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
 
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, int *exitCode)
 {
-    CLI::App app("Lists, watches and shows cameras.", "ocelle");
+    CLI::App app("Lists, watches, shows and records cameras.", "ocelle");
     app.set_version_flag("--version", OCELLE_VERSION);
     app.require_subcommand(1);
     app.footer("Exit codes: 0 all went well, 1 something failed, 2 the command was wrong.\n"
@@ -136,12 +273,16 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
 
     CommandLine result;
     Words words;
-    CLI::App *list = app.add_subcommand("list", "Show the cameras and what they offer");
+    CLI::App *list = app.add_subcommand("list", "Show the cameras and codecs and what they offer");
     list->add_flag("--json", result.json, "Print them as JSON");
     CLI::App *watch = app.add_subcommand("watch", "Tell of cameras that come and go");
     watch->add_flag("--json", result.json, "Print each event as a line of JSON");
     CLI::App *preview = app.add_subcommand("preview", "Show the pictures of a camera");
     addPreview(preview, &words, &result.json);
+    CLI::App *record = app.add_subcommand("record", "Record the pictures of a camera to a file");
+    addRecord(record, &words, &result.json);
+    CLI::App *encode = app.add_subcommand("encode", "Encode a video file to another one");
+    addEncode(encode, &words, &result.json);
     CLI::App *doctor = app.add_subcommand("doctor", "Find out why something does not work");
     bool cameras = false;
     doctor->add_flag("--cameras", cameras, "Look at every video node, opening each")->required();
@@ -160,6 +301,14 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     if (preview->parsed()) {
         result.command = CommandLine::Command::Preview;
         result.preview = previewOptions(*preview, words, result.json);
+    }
+    if (record->parsed()) {
+        result.command = CommandLine::Command::Record;
+        result.record = recordOptions(*record, words, result.json);
+    }
+    if (encode->parsed()) {
+        result.command = CommandLine::Command::Encode;
+        result.encode = encodeOptions(*encode, words, result.json);
     }
     return result;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "videocodec.h"
+
 #include <QSize>
 #include <QString>
 
@@ -24,14 +26,44 @@ struct PreviewOptions
     bool json = false;
 };
 
+/*! How pictures are encoded and where they go. */
+struct EncodingOptions
+{
+    QString output;                  // file; the end of its name tells the container
+    std::optional<VideoCodec> codec; // else the container's usual one
+    int bitRate = 1000000;           // bits per second
+    int rotation = 0;                // degrees clockwise: 0, 90, 180 or 270
+    bool mirror = false;             // top to bottom, before they are turned
+    bool force = false;              // replaces a file that is there
+};
+
+struct RecordOptions
+{
+    QString camera;
+    std::optional<QSize> size;     // pixels
+    std::optional<double> rate;    // frames per second
+    std::optional<double> seconds; // ends after that time
+    EncodingOptions encoding;
+    bool json = false;
+};
+
+struct EncodeOptions
+{
+    QString input; // file
+    EncodingOptions encoding;
+    bool json = false;
+};
+
 /*! What the command line asks for. */
 struct CommandLine
 {
-    enum class Command { List, Watch, Preview, Doctor };
+    enum class Command { List, Watch, Preview, Doctor, Record, Encode };
 
     Command command = Command::List;
     bool json = false; // of list, watch and doctor
     PreviewOptions preview;
+    RecordOptions record;
+    EncodeOptions encode;
 };
 
 /*!

@@ -8,6 +8,10 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 namespace Tool {
 namespace {
 
@@ -40,11 +44,12 @@ void prepareEnvironment()
             platforms += "xcb;";
         qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
     }
-    // A camera's errors are told by the commands, once. QT_LOGGING_RULES prevails.
+    // Errors are told by the commands, once. QT_LOGGING_RULES prevails.
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n"
-                                                    "veltra.palaver.capture.warning=false\n"
-                                                    "veltra.palaver.capture.critical=false"));
+                                                    "veltra.palaver.*.warning=false\n"
+                                                    "veltra.palaver.*.critical=false"));
     qInstallMessageHandler(writeMessage);
+    av_log_set_level(AV_LOG_FATAL); // the same for libav's own words
 }
 
 void addPluginFolder()

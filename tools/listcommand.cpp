@@ -1,6 +1,7 @@
 #include "listcommand.h"
 
 #include "cameralist.h"
+#include "codeclist.h"
 #include "commandline.h"
 #include "console.h"
 
@@ -113,31 +114,75 @@ QString toText(const QCameraInfo &camera, const Offer &offer)
     return lines.join(QLatin1Char('\n'));
 }
 
-} // namespace
+QJsonArray toJson(const QList<CodecDescription> &codecs)
+{
+    QJsonArray array;
+    for (const CodecDescription &codec : codecs) {
+        array.append(QJsonObject {
+                { QStringLiteral("id"), codec.id },
+                { QStringLiteral("type"), codec.type },
+                { QStringLiteral("hardware"), codec.isHardwareAccelerated },
+                { QStringLiteral("max_instances"), codec.maxInstances },
+        });
+    }
+    return array;
+}
 
-int listCameras(bool json)
+QString toText(const CodecDescription &codec, const QString &kind)
+{
+    return QStringLiteral("%1  %2 for %3\n    %4, at most %5 at once")
+            .arg(codec.id, kind, codec.type.isEmpty() ? QStringLiteral("?") : codec.type,
+                 codec.isHardwareAccelerated ? QStringLiteral("hardware")
+                                             : QStringLiteral("software"))
+            .arg(codec.maxInstances);
+}
+
+/*! Opens each camera in turn; false where one does not. */
+bool listCameras(bool json, QJsonArray *array)
 {
     const QList<QCameraInfo> cameras = availableCameras();
     if (cameras.isEmpty())
         printNote(QStringLiteral("There are no cameras."));
-    bool allOpened = true;
-    bool written = true;
-    QJsonArray array;
+    bool isGood = true;
     for (const QCameraInfo &camera : cameras) {
         QString error;
         const Offer offer = summary(offeredSettings(camera, &error));
         if (!error.isEmpty()) {
-            allOpened = false;
+            isGood = false;
             printError(QStringLiteral("camera %1: %2").arg(camera.deviceName(), error));
         }
         if (json)
-            array.append(toJson(camera, offer, error));
+            array->append(toJson(camera, offer, error));
         else
-            written = printLine(toText(camera, offer)) && written;
+            isGood = printLine(toText(camera, offer)) && isGood;
     }
-    if (json)
-        written = printJson(QJsonDocument(array), QJsonDocument::Indented);
-    return allOpened && written ? Success : Failure;
+    return isGood;
+}
+
+} // namespace
+
+int listDevices(bool json)
+{
+    QJsonArray cameras;
+    bool isGood = listCameras(json, &cameras);
+    QString error;
+    const QList<CodecDescription> encoders = availableCodecs(true, &error);
+    const QList<CodecDescription> decoders = availableCodecs(false, &error);
+    if (!error.isEmpty()) {
+        printError(error);
+        isGood = false;
+    }
+    if (json) {
+        const QJsonObject all { { QStringLiteral("cameras"), cameras },
+                                { QStringLiteral("encoders"), toJson(encoders) },
+                                { QStringLiteral("decoders"), toJson(decoders) } };
+        return printJson(QJsonDocument(all), QJsonDocument::Indented) && isGood ? Success : Failure;
+    }
+    for (const CodecDescription &codec : encoders)
+        isGood = printLine(toText(codec, QStringLiteral("encoder"))) && isGood;
+    for (const CodecDescription &codec : decoders)
+        isGood = printLine(toText(codec, QStringLiteral("decoder"))) && isGood;
+    return isGood ? Success : Failure;
 }
 
 } // namespace Tool

@@ -2,7 +2,7 @@
 
 namespace Tool {
 
-/*! Prints the cameras with all that they offer; returns the exit code. */
-int listCameras(bool json);
+/*! Prints the cameras with all that they offer, and the codecs; returns the exit code. */
+int listDevices(bool json);
 
 } // namespace Tool

@@ -1,8 +1,10 @@
 #include "commandline.h"
 #include "doctorcommand.h"
+#include "encodecommand.h"
 #include "environment.h"
 #include "listcommand.h"
 #include "previewcommand.h"
+#include "recordcommand.h"
 #include "watchcommand.h"
 
 #include <QGuiApplication>
@@ -23,13 +25,17 @@ int main(int argc, char *argv[])
 
     switch (commandLine->command) {
     case Tool::CommandLine::Command::List:
-        return Tool::listCameras(commandLine->json);
+        return Tool::listDevices(commandLine->json);
     case Tool::CommandLine::Command::Watch:
         return Tool::WatchCommand(commandLine->json).run();
     case Tool::CommandLine::Command::Preview:
         return Tool::PreviewCommand(commandLine->preview).run();
     case Tool::CommandLine::Command::Doctor:
         return Tool::examineCameras(commandLine->json);
+    case Tool::CommandLine::Command::Record:
+        return Tool::RecordCommand(commandLine->record).run();
+    case Tool::CommandLine::Command::Encode:
+        return Tool::EncodeCommand(commandLine->encode).run();
     }
     return Tool::Failure;
 }

@@ -13,6 +13,13 @@ private slots:
     void readsEveryOptionOfPreview();
     void leavesOutWhatIsNotGiven();
     void readsListAndWatch();
+    void readsEveryOptionOfRecord();
+    void recordLeavesTheRestToOthers();
+    void readsEncode();
+    void readsBitRates_data();
+    void readsBitRates();
+    void readsRotations_data();
+    void readsRotations();
     void endsWell_whenAskedForHelpOrVersion_data();
     void endsWell_whenAskedForHelpOrVersion();
     void refusesWrongArguments_data();
@@ -70,6 +77,89 @@ void CommandLineTest::readsListAndWatch()
     QVERIFY(parse({ "watch", "--json" }, &exitCode).value().json);
 }
 
+void CommandLineTest::readsEveryOptionOfRecord()
+{
+    int exitCode = 0;
+    const auto line = parse({ "record", "--camera", "pattern:back", "--size", "640x480", "--fps",
+                              "15", "--seconds", "2.5", "--codec", "vp9", "--bitrate", "800000",
+                              "--rotate", "90", "--mirror", "--force", "--json", "a.webm" },
+                            &exitCode);
+    QVERIFY(line.has_value());
+    QCOMPARE(line->command, CommandLine::Command::Record);
+    QCOMPARE(line->record.camera, QStringLiteral("pattern:back"));
+    QCOMPARE(line->record.size.value(), QSize(640, 480));
+    QCOMPARE(line->record.rate.value(), 15.0);
+    QCOMPARE(line->record.seconds.value(), 2.5);
+    QVERIFY(line->record.json);
+    QCOMPARE(line->record.encoding.output, QStringLiteral("a.webm"));
+    QVERIFY(line->record.encoding.codec == VideoCodec::VP9);
+    QCOMPARE(line->record.encoding.bitRate, 800000);
+    QCOMPARE(line->record.encoding.rotation, 90);
+    QVERIFY(line->record.encoding.mirror);
+    QVERIFY(line->record.encoding.force);
+}
+
+void CommandLineTest::recordLeavesTheRestToOthers()
+{
+    int exitCode = 0;
+    const auto line = parse({ "record", "--camera", "pattern:back", "a.mkv" }, &exitCode);
+    QVERIFY(line.has_value());
+    QVERIFY(!line->record.size && !line->record.rate && !line->record.seconds);
+    QVERIFY(!line->record.encoding.codec);
+    QCOMPARE(line->record.encoding.bitRate, 1000000);
+    QCOMPARE(line->record.encoding.rotation, 0);
+    QVERIFY(!line->record.encoding.mirror && !line->record.encoding.force);
+    QVERIFY(!line->record.json);
+}
+
+void CommandLineTest::readsEncode()
+{
+    int exitCode = 0;
+    const auto line = parse({ "encode", "in.mkv", "out.mp4", "--codec", "h265" }, &exitCode);
+    QVERIFY(line.has_value());
+    QCOMPARE(line->command, CommandLine::Command::Encode);
+    QCOMPARE(line->encode.input, QStringLiteral("in.mkv"));
+    QCOMPARE(line->encode.encoding.output, QStringLiteral("out.mp4"));
+    QVERIFY(line->encode.encoding.codec == VideoCodec::H265);
+}
+
+void CommandLineTest::readsBitRates_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("rate"); // bits per second
+    QTest::newRow("bits") << QByteArray("123456") << 123456;
+    QTest::newRow("thousands") << QByteArray("64k") << 64000;
+    QTest::newRow("millions") << QByteArray("1.5M") << 1500000;
+}
+
+void CommandLineTest::readsBitRates()
+{
+    QFETCH(QByteArray, text);
+    int exitCode = 0;
+    const auto line = parse({ "encode", "a", "b.mkv", "--bitrate", text }, &exitCode);
+    QVERIFY(line.has_value());
+    QTEST(line->encode.encoding.bitRate, "rate");
+}
+
+void CommandLineTest::readsRotations_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<int>("degrees");
+    QTest::newRow("none") << QByteArray("0") << 0;
+    QTest::newRow("half") << QByteArray("180") << 180;
+    QTest::newRow("the other way") << QByteArray("-90") << 270;
+    QTest::newRow("more than all") << QByteArray("450") << 90;
+}
+
+void CommandLineTest::readsRotations()
+{
+    QFETCH(QByteArray, text);
+    int exitCode = 0;
+    const auto line = parse({ "encode", "a", "b.mkv", "--rotate", text }, &exitCode);
+    QVERIFY(line.has_value());
+    QTEST(line->encode.encoding.rotation, "degrees");
+}
+
 void CommandLineTest::endsWell_whenAskedForHelpOrVersion_data()
 {
     QTest::addColumn<QByteArrayList>("arguments");
@@ -108,6 +198,15 @@ void CommandLineTest::refusesWrongArguments_data()
             << QByteArrayList { "preview", "a", "--snapshot", "/no/x.png" };
     QTest::newRow("snapshot format")
             << QByteArrayList { "preview", "a", "--snapshot", "/tmp/x.doc" };
+    QTest::newRow("recording of nothing") << QByteArrayList { "record", "a.mkv" };
+    QTest::newRow("recording to nowhere") << QByteArrayList { "record", "--camera", "a" };
+    QTest::newRow("encoding to nowhere") << QByteArrayList { "encode", "a.mkv" };
+    for (const char *option : { "--codec=mpeg", "--codec=H264", "--codec=", "--bitrate=0",
+                                "--bitrate=-5", "--bitrate=1G", "--bitrate=much", "--bitrate=9000M",
+                                "--rotate=45", "--rotate=up", "--rotate=9999999990" })
+        QTest::newRow(option) << QByteArrayList { "encode", "a", "b.mkv", option };
+    for (const char *option : { "--seconds=0", "--seconds=-1", "--seconds=nan", "--seconds=long" })
+        QTest::newRow(option) << QByteArrayList { "record", "--camera", "a", "b.mkv", option };
 }
 
 void CommandLineTest::refusesWrongArguments()

@@ -13,7 +13,8 @@ class ListToolTest : public QObject
 private slots:
     void list_showsThePatternCameras();
     void list_tellsEverythingInJson();
-    void list_isEmpty_whenThereAreNoCameras();
+    void list_showsTheCodecsWithTheirProperties();
+    void list_hasNoCamera_whenThereIsNone();
     void list_showsTheOthers_whenOneEntryIsWrong();
     void list_leavesOutTheCamerasOfOtherPlugins();
     void wrongArguments_areExplained();
@@ -36,7 +37,8 @@ void ListToolTest::list_tellsEverythingInJson()
     const ToolResult result =
             ToolProcess::run({ QStringLiteral("list"), QStringLiteral("--json") });
     QCOMPARE(result.exitCode, 0);
-    const QJsonArray cameras = QJsonDocument::fromJson(result.output).array();
+    const QJsonObject all = QJsonDocument::fromJson(result.output).object();
+    const QJsonArray cameras = all.value(QStringLiteral("cameras")).toArray();
     QCOMPARE(cameras.size(), 2);
     for (const QJsonValue &value : cameras) {
         const QJsonObject camera = value.toObject();
@@ -59,19 +61,51 @@ void ListToolTest::list_tellsEverythingInJson()
     }
 }
 
-void ListToolTest::list_isEmpty_whenThereAreNoCameras()
+void ListToolTest::list_showsTheCodecsWithTheirProperties()
+{
+    const ToolResult text = ToolProcess::run({ QStringLiteral("list") });
+    const ToolResult json = ToolProcess::run({ QStringLiteral("list"), QStringLiteral("--json") });
+    QCOMPARE(json.exitCode, 0);
+    const QJsonObject all = QJsonDocument::fromJson(json.output).object();
+    QVERIFY(all.value(QStringLiteral("decoders")).isArray());
+    QStringList types;
+    for (const QJsonValue &value : all.value(QStringLiteral("encoders")).toArray()) {
+        const QJsonObject encoder = value.toObject();
+        const QString id = encoder.value(QStringLiteral("id")).toString();
+        const QString type = encoder.value(QStringLiteral("type")).toString();
+        const int instances = encoder.value(QStringLiteral("max_instances")).toInt();
+        const bool isHardware = encoder.value(QStringLiteral("hardware")).toBool();
+        QVERIFY(!id.isEmpty());
+        QVERIFY(instances > 0);
+        if (!isHardware)
+            types.append(type);
+        const QString line =
+                QStringLiteral("%1  encoder for %2\n    %3, at most %4 at once\n")
+                        .arg(id, type,
+                             isHardware ? QStringLiteral("hardware") : QStringLiteral("software"))
+                        .arg(instances);
+        QVERIFY2(text.output.contains(line.toUtf8()), text.output.constData());
+    }
+    types.sort();
+    QCOMPARE(types, (QStringList { QStringLiteral("video/h264"), QStringLiteral("video/h265"),
+                                   QStringLiteral("video/vp8"), QStringLiteral("video/vp9") }));
+}
+
+void ListToolTest::list_hasNoCamera_whenThereIsNone()
 {
     const QTemporaryDir folder;
     const QString cameras = QStringLiteral("dir:") + folder.path();
     const ToolResult text = ToolProcess::run({ QStringLiteral("list") }, cameras);
     QCOMPARE(text.exitCode, 0);
-    QCOMPARE(text.output, QByteArray());
+    QVERIFY(!text.output.contains("position"));
     QVERIFY(text.errors.contains("There are no cameras."));
     const ToolResult json =
             ToolProcess::run({ QStringLiteral("list"), QStringLiteral("--json") }, cameras);
     QCOMPARE(json.exitCode, 0);
-    QVERIFY(QJsonDocument::fromJson(json.output).isArray());
-    QVERIFY(QJsonDocument::fromJson(json.output).array().isEmpty());
+    const QJsonValue listed =
+            QJsonDocument::fromJson(json.output).object().value(QStringLiteral("cameras"));
+    QVERIFY(listed.isArray());
+    QVERIFY(listed.toArray().isEmpty());
 }
 
 void ListToolTest::list_showsTheOthers_whenOneEntryIsWrong()
@@ -113,7 +147,8 @@ void ListToolTest::wrongArguments_areExplained()
     QVERIFY(size.errors.contains("\"big\" is not a size"));
     const ToolResult help = ToolProcess::run({ QStringLiteral("--help") });
     QCOMPARE(help.exitCode, 0);
-    for (const char *word : { "list", "watch", "preview", "OCELLE_CAMERAS", "Exit codes" })
+    for (const char *word :
+         { "list", "watch", "preview", "record", "encode", "OCELLE_CAMERAS", "Exit codes" })
         QVERIFY(help.output.contains(word));
 }
 

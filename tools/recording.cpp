@@ -1,0 +1,175 @@
+#include "recording.h"
+
+#include "cameralist.h"
+
+#include <QMediaService>
+#include <QMediaServiceProviderPlugin>
+#include <QVideoEncoderSettingsControl>
+#include <QVideoSurfaceFormat>
+
+#include <palaver/qpvencodecontrol.h>
+#include <palaver/qpvencodedvideosourcecontrol.h>
+
+namespace Tool {
+namespace {
+
+constexpr int Patience = 10000; // ms without a unit at the end
+
+QVideoEncoderSettings encoderSettings(const RecordingSettings &recording)
+{
+    QVideoEncoderSettings settings;
+    settings.setCodec(mimeType(recording.codec));
+    settings.setBitRate(recording.bitRate);
+    settings.setEncodingMode(QMultimedia::ConstantBitRateEncoding);
+    settings.setEncodingOption(QStringLiteral("rotate"), recording.rotation);
+    settings.setEncodingOption(QStringLiteral("mirrorV"), recording.mirrored);
+    return settings;
+}
+
+VideoFileWriter::Format fileFormat(const RecordingSettings &recording)
+{
+    const bool isTurned = recording.rotation % 180 != 0;
+    return { recording.codec, isTurned ? recording.size.transposed() : recording.size,
+             recording.rate, recording.timeScale };
+}
+
+} // namespace
+
+Recording::Recording(QMediaServiceProviderPlugin *backend, QObject *parent)
+    : QObject(parent)
+    , m_backend(backend)
+    , m_service(backend->create(QStringLiteral("veltra.palaver.encoder")))
+{
+    m_stalled.setSingleShot(true);
+    m_stalled.setInterval(Patience);
+    connect(&m_stalled, &QTimer::timeout, this, &Recording::onStalled);
+    connect(&m_sink, &FileSink::unitWritten, this, &Recording::onUnitWritten, Qt::QueuedConnection);
+    connect(&m_sink, &FileSink::failed, this, &Recording::fail, Qt::QueuedConnection);
+    if (!m_service)
+        return;
+    m_control = m_service->requestControl<QPVEncodeControl *>();
+    m_settings = m_service->requestControl<QVideoEncoderSettingsControl *>();
+    m_source = m_service->requestControl<QPVEncodedVideoSourceControl *>();
+    if (!m_control)
+        return;
+    connect(m_control, &QPVEncodeControl::statusChanged, this, &Recording::onStatusChanged);
+    // The library's own words come before the back end's.
+    connect(
+            m_control, &QPVEncodeControl::error, this,
+            [this](QPVEncoder::Error, const QString &text) { fail(text); }, Qt::QueuedConnection);
+}
+
+Recording::~Recording()
+{
+    if (m_source)
+        m_source->removeSink(&m_sink);
+    if (m_service)
+        m_backend->release(m_service);
+}
+
+QString Recording::problem(VideoCodec codec) const
+{
+    if (!m_control || !m_settings || !m_source)
+        return QStringLiteral("there is no encoder service");
+    const QStringList supported = m_control->supportedCodecs(false);
+    if (supported.contains(mimeType(codec)))
+        return QString();
+    QStringList names;
+    for (const QString &name : codecNames()) {
+        if (supported.contains(mimeType(*codecNamed(name))))
+            names.append(name);
+    }
+    return names.isEmpty()
+                   ? QStringLiteral("there is no encoder on this machine")
+                   : QStringLiteral("there is no encoder for %1 on this machine, only for %2")
+                             .arg(codecName(codec), joined(names));
+}
+
+bool Recording::start(const RecordingSettings &settings, QString *error)
+{
+    if (!m_writer.open(settings.file, fileFormat(settings), settings.replace, error))
+        return false;
+    m_source->addSink(&m_sink);
+    m_settings->setVideoSettings(encoderSettings(settings));
+    QVideoSurfaceFormat format(settings.size, QVideoFrame::Format_NV12);
+    format.setFrameRate(settings.rate);
+    m_isStarted = true;
+    if (m_control->start(format))
+        return true;
+    QString ignored; // nothing is in the file yet
+    m_writer.close(&ignored);
+    *error = QStringLiteral("there is no encoder for %1 to be had").arg(codecName(settings.codec));
+    m_isStarted = false;
+    m_hasFailed = true;
+    return false;
+}
+
+bool Recording::encode(const QVideoFrame &frame)
+{
+    if (m_isEnding || m_hasFailed)
+        return false;
+    const bool isAccepted = m_control->encode(frame);
+    ++(isAccepted ? m_accepted : m_refused);
+    return isAccepted;
+}
+
+void Recording::end()
+{
+    if (m_isEnding)
+        return;
+    m_isEnding = true;
+    m_stalled.start();
+    stopIfDone();
+}
+
+/*! Stopping drops what is queued, so it has to wait for the last unit. */
+void Recording::stopIfDone()
+{
+    if (!m_isEnding || (waiting() > 0 && !m_hasFailed))
+        return;
+    m_stalled.stop();
+    if (!m_isStarted) {
+        QMetaObject::invokeMethod(this, &Recording::ended, Qt::QueuedConnection);
+        return;
+    }
+    m_control->stop();
+}
+
+bool Recording::close(QString *error)
+{
+    return m_writer.close(error);
+}
+
+void Recording::onStatusChanged(QPVEncoder::Status status)
+{
+    if (status == QPVEncoder::StartingStatus && !m_isEnding)
+        emit started();
+    if (status == QPVEncoder::UnloadedStatus && m_isEnding) {
+        m_isStarted = false;
+        emit ended();
+    }
+}
+
+void Recording::onUnitWritten()
+{
+    if (m_stalled.isActive())
+        m_stalled.start();
+    emit unitWritten();
+    stopIfDone();
+}
+
+void Recording::onStalled()
+{
+    fail(QStringLiteral("the encoder has kept the last %1 pictures").arg(waiting()));
+}
+
+void Recording::fail(const QString &error)
+{
+    if (m_hasFailed)
+        return;
+    m_hasFailed = true;
+    emit failed(error);
+    stopIfDone();
+}
+
+} // namespace Tool
