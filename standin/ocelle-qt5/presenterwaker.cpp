@@ -81,14 +81,16 @@ void PresenterWaker::share(const GraphicBuffer *picture, const QVideoFrame &fram
  */
 void PresenterWaker::customEvent(QEvent *)
 {
+    // What a presenter leads to may destroy others, and this with the last of them.
+    const std::shared_ptr<PresenterWaker> self = weak_from_this().lock();
+    if (!self) // on the way to its destruction
+        return;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_eventPending = false;
         m_serving.insert(m_serving.end(), m_waiting.begin(), m_waiting.end());
         m_waiting.clear();
     }
-    // What a presenter leads to may destroy others, and this with the last of them.
-    const std::shared_ptr<PresenterWaker> self = shared_from_this();
     while (m_next < m_serving.size()) {
         if (SurfacePresenter *const presenter = m_serving[m_next++])
             presenter->work();
