@@ -43,6 +43,15 @@ public:
     {
         settings->setVideoSettings(encoderSettings(500000, "rotate", degrees));
     }
+    /*! Offers pictures, which are refused while there is no encoder, until one has had \a call. */
+    bool encodeUntilCalled(const QString &call)
+    {
+        qint64 time = 0;
+        return QTest::qWaitFor([&] {
+            control->encode(testPicture(++time));
+            return !calls("encoder").filter(call).isEmpty();
+        });
+    }
     QStringList sinkCalls() const { return calls("sink"); }
 
     RecordingSink sink;
@@ -283,14 +292,7 @@ private slots:
                 f.settings->setVideoSettings(encoderSettings(654321, "rotate", 180));
         });
         f.turn(90);
-        const auto isTurned = [] {
-            return !calls("encoder").filter("setParameter(2, 180)").isEmpty();
-        };
-        for (int time = 1; time < 1000 && !isTurned(); ++time) {
-            f.control->encode(testPicture(time)); // refused while there is no encoder
-            QTest::qWait(1);
-        }
-        QVERIFY(isTurned());
+        QVERIFY(f.encodeUntilCalled("setParameter(2, 180)"));
         QVERIFY(f.waitForStatus(Active));
         QCOMPARE(calls("encoder").filter("654321 bit/s").size(), 1);
         QCOMPARE(f.sinkCalls(), oneRun());
@@ -362,14 +364,7 @@ private slots:
                 QVERIFY(f.control->start(surfaceFormat()));
         }
         f.turn(45);
-        const auto isTurned = [] {
-            return !calls("encoder").filter("setParameter(2, 45)").isEmpty();
-        };
-        for (int time = 1; time < 1000 && !isTurned(); ++time) {
-            f.control->encode(testPicture(time));
-            QTest::qWait(1);
-        }
-        QVERIFY(isTurned());
+        QVERIFY(f.encodeUntilCalled("setParameter(2, 45)"));
         QCOMPARE(f.platform.codecs.heldEncoders(), 1);
         QCOMPARE(f.recorder.errors, QStringList());
     }
