@@ -76,6 +76,14 @@ AvDecoder::~AvDecoder() = default;
 
 bool AvDecoder::open(DecoderThreads threads, int width, int height, std::string *error)
 {
+    m_threads = threads;
+    m_width = width;
+    m_height = height;
+    return openCodec(error);
+}
+
+bool AvDecoder::openCodec(std::string *error)
+{
     close();
     const AVCodec *codec = avcodec_find_decoder_by_name(m_kind.codecName.c_str());
     if (!codec) {
@@ -93,7 +101,7 @@ bool AvDecoder::open(DecoderThreads threads, int width, int height, std::string 
         *error = "out of memory";
         return false;
     }
-    configure(threads, width, height);
+    configure();
     const int result = avcodec_open2(m_context.get(), codec, nullptr);
     if (result < 0) {
         close();
@@ -119,14 +127,14 @@ bool AvDecoder::openDevice(std::string *error)
     return result >= 0;
 }
 
-void AvDecoder::configure(DecoderThreads threads, int width, int height)
+void AvDecoder::configure()
 {
     constexpr int silence = 100; // added to the level of each message: beyond all that are shown
     constexpr int microseconds = 1000000;
     AVCodecContext &context = *m_context;
-    const bool isLowDelay = threads == DecoderThreads::LowDelay;
+    const bool isLowDelay = m_threads == DecoderThreads::LowDelay;
     context.thread_type = isLowDelay ? FF_THREAD_SLICE : FF_THREAD_FRAME;
-    context.thread_count = isLowDelay ? sliceThreads(width, height) : std::max(processors(), 2);
+    context.thread_count = isLowDelay ? sliceThreads(m_width, m_height) : std::max(processors(), 2);
     context.strict_std_compliance = FF_COMPLIANCE_STRICT; // keeps back what may have to come later
     context.pkt_timebase = { 1, microseconds };
     context.apply_cropping = 0;
@@ -181,14 +189,19 @@ bool AvDecoder::decode(std::int64_t index, bool reorders, const PictureFunction 
 
 bool AvDecoder::drain(const PictureFunction &onPicture, std::string *error)
 {
-    const bool works = send(nullptr, onPicture, error);
+    const bool works = !m_context || send(nullptr, onPicture, error);
     flush();
     return works;
 }
 
 void AvDecoder::flush()
 {
-    avcodec_flush_buffers(m_context.get());
+    if (m_kind.isReopened) {
+        std::string ignored; // the next frame fails where this does
+        openCodec(&ignored);
+    } else if (m_context) {
+        avcodec_flush_buffers(m_context.get());
+    }
 }
 
 bool AvDecoder::send(const AVPacket *packet, const PictureFunction &onPicture, std::string *error)

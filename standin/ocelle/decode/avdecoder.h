@@ -19,8 +19,9 @@ namespace Ocelle {
 /*! A decoder of libavcodec and the device it runs on. */
 struct AvDecoderKind
 {
-    std::string codecName;  // libavcodec's
-    std::string devicePath; // of a VAAPI device; empty where there is none or it is found
+    std::string codecName;   // libavcodec's
+    std::string devicePath;  // of a VAAPI device; empty where there is none or it is found
+    bool isReopened = false; // to discard what is inside, which it cannot do otherwise
 };
 
 /*!
@@ -77,14 +78,18 @@ private:
     template <class Type>
     using Owned = std::unique_ptr<Type, Free>;
 
+    bool openCodec(std::string *error);
     bool openDevice(std::string *error);
-    void configure(DecoderThreads threads, int width, int height);
+    void configure();
     void setReordering(bool reorders);
     bool send(const AVPacket *packet, const PictureFunction &onPicture, std::string *error);
     bool receive(const PictureFunction &onPicture, std::string *error);
     bool put(const PictureFunction &onPicture, std::string *error);
 
     const AvDecoderKind m_kind;
+    DecoderThreads m_threads = DecoderThreads::LowDelay; // as open() was told
+    int m_width = 0;
+    int m_height = 0;
     Owned<AVBufferRef> m_device;
     Owned<AVCodecContext> m_context;
     Owned<AVFrame> m_frame;

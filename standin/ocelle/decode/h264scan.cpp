@@ -136,7 +136,8 @@ void H264Scan::examineSlice(const std::uint8_t *data, std::size_t size, UnitRepo
     const PictureParameters &picture = m_pictures[id];
     const H264SequenceParameters &sequence = m_sequences[picture.sequenceId];
     if (!picture.isValid || !sequence.isValid) {
-        report->problem = "parameter sets are missing";
+        if (report->isKey)
+            report->problem = "parameter sets are missing";
         return;
     }
     report->reorders = sequence.reorders;

@@ -1,5 +1,6 @@
 #include "localdecoderfactories.h"
 
+#include "hardwaredecoderfactory.h"
 #include "softwaredecoderfactory.h"
 
 namespace Veltra {
@@ -7,7 +8,10 @@ namespace Ocelle {
 
 std::vector<std::shared_ptr<DecoderFactory>> localDecoderFactories(DecoderSettings settings)
 {
-    return SoftwareDecoderFactory::all(settings);
+    std::vector<std::shared_ptr<DecoderFactory>> factories = HardwareDecoderFactory::all(settings);
+    for (const std::shared_ptr<DecoderFactory> &factory : SoftwareDecoderFactory::all(settings))
+        factories.push_back(factory);
+    return factories;
 }
 
 } // namespace Ocelle

@@ -219,7 +219,7 @@ bool LocalVideoDecoder::isWorthShowing(const AvDecoder::Picture &picture, const 
         return m_hasWhole;
     }
     m_hasWhole = true;
-    if (unit.isKey)
+    if (unit.isKey && picture.index >= m_damageEnd)
         m_isDamaged = false;
     return true;
 }
@@ -302,6 +302,7 @@ bool LocalVideoDecoder::refuse(const std::string &reason)
 
 void LocalVideoDecoder::reportDamage(const std::string &reason)
 {
+    m_damageEnd = m_nextIndex;
     if (!std::exchange(m_isDamaged, true))
         tellError(reason);
 }

@@ -105,6 +105,7 @@ private:
     bool m_waitsForKey = true;
     bool m_hasWhole = false;        // a picture came out whole since the key frame waited for
     bool m_isDamaged = false;       // the listener knows
+    std::int64_t m_damageEnd = 0;   // index of the first compressed frame after the damage
     bool m_knowsNoDevice = false;   // a line said so
     Ending m_ending = Ending::None; // asked for by the listener
 };

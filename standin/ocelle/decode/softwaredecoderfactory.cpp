@@ -43,7 +43,7 @@ std::shared_ptr<VideoDecoder> SoftwareDecoderFactory::create(std::string *error)
         return {};
     }
     return std::make_shared<LocalVideoDecoder>(info().type, info().codecName,
-                                               AvDecoderKind { m_avName, {} }, m_settings,
+                                               AvDecoderKind { m_avName, {}, false }, m_settings,
                                                std::move(token));
 }
 

@@ -1,9 +1,6 @@
 #include "hardwareencoderfactory.h"
 
-#include <fcntl.h>
-#include <linux/videodev2.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include "codecdevices.h"
 
 #include <array>
 #include <filesystem>
@@ -25,40 +22,6 @@ constexpr std::array<Kind, 4> Kinds { { { CodecType::H264, "h264", "h264" },
                                         { CodecType::H265, "h265", "hevc" },
                                         { CodecType::VP8, "vp8", "vp8" },
                                         { CodecType::VP9, "vp9", "vp9" } } };
-
-// The nodes of a device folder whose names begin so; none where there is no such folder.
-std::vector<std::string> nodes(const char *folder, const std::string &beginning)
-{
-    std::vector<std::string> paths;
-    std::error_code ignored;
-    for (const auto &entry : std::filesystem::directory_iterator(folder, ignored)) {
-        if (entry.path().filename().string().compare(0, beginning.size(), beginning) == 0)
-            paths.push_back(entry.path().string());
-    }
-    return paths;
-}
-
-bool isMemoryToMemory(const std::string &path)
-{
-    const int file = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    if (file < 0)
-        return false;
-    v4l2_capability capability {};
-    const bool answers = ::ioctl(file, VIDIOC_QUERYCAP, &capability) == 0;
-    ::close(file);
-    const auto flags = capability.capabilities & V4L2_CAP_DEVICE_CAPS ? capability.device_caps
-                                                                      : capability.capabilities;
-    return answers && (flags & (V4L2_CAP_VIDEO_M2M | V4L2_CAP_VIDEO_M2M_MPLANE));
-}
-
-bool hasMemoryToMemoryDevice()
-{
-    for (const std::string &path : nodes("/dev", "video")) {
-        if (isMemoryToMemory(path))
-            return true;
-    }
-    return false;
-}
 } // namespace
 
 HardwareEncoderFactory::HardwareEncoderFactory(CodecType type, const std::string &name,
@@ -112,7 +75,7 @@ std::vector<std::shared_ptr<EncoderFactory>> HardwareEncoderFactory::all()
     const auto add = [&factories](const Kind &kind, const std::string &name, AvEncoderKind av) {
         factories.push_back(std::make_shared<HardwareEncoderFactory>(kind.type, name, av));
     };
-    for (const std::string &path : nodes("/dev/dri", "renderD")) {
+    for (const std::string &path : vaapiDevices()) {
         const std::string device = std::filesystem::path(path).filename().string();
         for (const Kind &kind : Kinds)
             add(kind, "vaapi." + device + "." + kind.name,
