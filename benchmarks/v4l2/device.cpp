@@ -9,6 +9,10 @@
 #include <QGuiApplication>
 
 #include <cstdio>
+#include <cstring>
+#include <functional>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -20,6 +24,31 @@ QCameraViewfinderSettings settingsFor(const QStringList &size, double rate)
     settings.setMaximumFrameRate(rate);
     return settings;
 }
+
+/*! The yardstick copies each picture as it comes. */
+class DeviceSurface : public CountingSurface
+{
+public:
+    DeviceSurface(std::function<void()> presented, bool isCopying)
+        : CountingSurface(std::move(presented))
+        , m_isCopying(isCopying)
+    {
+    }
+    bool present(const QVideoFrame &frame) override
+    {
+        QVideoFrame mapped(frame);
+        if (m_isCopying && mapped.map(QAbstractVideoBuffer::ReadOnly)) {
+            m_copy.resize(std::size_t(mapped.mappedBytes()));
+            std::memcpy(m_copy.data(), mapped.bits(), m_copy.size());
+            mapped.unmap();
+        }
+        return CountingSurface::present(frame);
+    }
+
+private:
+    const bool m_isCopying;
+    std::vector<unsigned char> m_copy;
+};
 
 QByteArray firstDevice()
 {
@@ -47,9 +76,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     PreviewMeter meter(arguments[3].toULongLong());
-    std::unique_ptr<QVideoProbe> probe;
-    QByteArray copy;
-    CountingSurface surface([&] { meter.count(); });
+    DeviceSurface surface([&] { meter.count(); }, isCopied);
     QCamera camera(device);
     camera.setViewfinderSettings(settingsFor(arguments[1].split('x'), arguments[2].toDouble()));
     camera.setViewfinder(&surface);
