@@ -1,3 +1,6 @@
+#include "vividdevice.h"
+
+#include <QFile>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -24,6 +27,21 @@ Result run(const QStringList &arguments)
     return { tool.exitCode(), tool.readAllStandardOutput(), tool.readAllStandardError() };
 }
 
+const QString Id = QStringLiteral("v4l2:platform-vivid.0:vivid-000-vid-cap");
+
+/*! Whether \a process has pictures of a device mapped, which is while it captures. */
+bool isCapturing(const QProcess &process)
+{
+    QFile maps(QStringLiteral("/proc/%1/maps").arg(process.processId()));
+    return maps.open(QIODevice::ReadOnly) && maps.readAll().contains("/dev/video");
+}
+
+/*! Both cameras are there again. */
+bool plugIn()
+{
+    return VividDevice::plug() && VividDevice::settle() && !VividDevice::nodeOf(1).empty();
+}
+
 } // namespace
 
 /*! The tool, so a plain QCamera over the bridge and the plugin, on a real V4L2 device. */
@@ -33,7 +51,10 @@ class TestV4l2Preview : public QObject
 private slots:
     void list_showsTheDevices();
     void doctor_tellsOfEachNode();
+    void doctor_namesWhoHasTheDevice();
+    void watch_tellsOfDevicesThatComeAndGo();
     void preview_showsTheDevicesPicture();
+    void preview_tellsOfTheUnpluggedDevice();
     void preview_namesWhatIsOffered_whenAskedForSomethingElse();
 };
 
@@ -57,13 +78,49 @@ void TestV4l2Preview::doctor_tellsOfEachNode()
     QVERIFY2(result.output.contains("metadata node"), result.output);
 }
 
+void TestV4l2Preview::doctor_namesWhoHasTheDevice()
+{
+    const QString node = QString::fromStdString(VividDevice::nodeOf(0));
+    QProcess other;
+    other.start("v4l2-ctl", { "--device", node, "--stream-mmap" });
+    QTRY_VERIFY_WITH_TIMEOUT(isCapturing(other), 30000);
+    const Result result = run({ "doctor", "--cameras" });
+    QVERIFY2(result.exitCode == 0, result.errors);
+    const QString line = QStringLiteral("does not open: it is in use by \"v4l2-ctl\" (process %1); "
+                                        "stop it there first")
+                                 .arg(other.processId());
+    QVERIFY2(QString(result.output).contains(line), result.output);
+    QCOMPARE(result.output.count(": offered; captures "), 1);
+    other.kill();
+    QVERIFY(other.waitForFinished());
+}
+
+void TestV4l2Preview::watch_tellsOfDevicesThatComeAndGo()
+{
+    QProcess tool;
+    tool.start(QStringLiteral(OCELLE_TOOL), { "watch" });
+    QByteArray output;
+    const auto tells = [&](const QString &event) {
+        output += tool.readAllStandardOutput();
+        return QString(output).contains(event + ' ' + Id + "  vivid");
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(tells("present"), 60000);
+    QVERIFY(VividDevice::unplug());
+    QTRY_VERIFY_WITH_TIMEOUT(tells("removed"), 30000);
+    QVERIFY(plugIn());
+    QTRY_VERIFY_WITH_TIMEOUT(tells("added"), 30000);
+    tool.terminate();
+    QVERIFY(tool.waitForFinished());
+    QCOMPARE(tool.exitCode(), 0);
+    QCOMPARE(output.count("vivid-000-vid-cap"), 3);
+}
+
 void TestV4l2Preview::preview_showsTheDevicesPicture()
 {
     QTemporaryDir folder;
     const QString file = folder.filePath("picture.png");
-    const Result result =
-            run({ "preview", "v4l2:platform-vivid.0:vivid-000-vid-cap", "--size", "640x360",
-                  "--fps", "30", "--frames", "20", "--no-window", "--json", "--snapshot", file });
+    const Result result = run({ "preview", Id, "--size", "640x360", "--fps", "30", "--frames", "20",
+                                "--no-window", "--json", "--snapshot", file });
     QVERIFY2(result.exitCode == 0, result.errors);
     const QJsonObject report = QJsonDocument::fromJson(result.output).object();
     QVERIFY2(report.value("presented").toInt() >= 20, result.output);
@@ -86,10 +143,23 @@ void TestV4l2Preview::preview_showsTheDevicesPicture()
     }
 }
 
+void TestV4l2Preview::preview_tellsOfTheUnpluggedDevice()
+{
+    QProcess tool;
+    tool.start(QStringLiteral(OCELLE_TOOL), { "preview", Id, "--size", "640x360", "--no-window" });
+    QTRY_VERIFY_WITH_TIMEOUT(isCapturing(tool), 60000);
+    QVERIFY(VividDevice::unplug());
+    QVERIFY(tool.waitForFinished(30000));
+    QVERIFY(plugIn());
+    const QByteArray errors = tool.readAllStandardError();
+    QVERIFY(tool.exitStatus() == QProcess::NormalExit && tool.exitCode() != 0);
+    QVERIFY2(errors.contains("unplugged") && errors.contains("vivid"), errors);
+}
+
 void TestV4l2Preview::preview_namesWhatIsOffered_whenAskedForSomethingElse()
 {
-    const Result result = run({ "preview", "v4l2:platform-vivid.0:vivid-000-vid-cap", "--size",
-                                "641x361", "--frames", "1", "--no-window" });
+    const Result result =
+            run({ "preview", Id, "--size", "641x361", "--frames", "1", "--no-window" });
     QVERIFY(result.exitCode != 0);
     QVERIFY2(result.errors.contains("640x360"), result.errors);
 }
