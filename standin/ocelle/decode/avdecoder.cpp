@@ -1,7 +1,5 @@
 #include "avdecoder.h"
 
-#include "streamscan.h"
-
 #include <algorithm>
 #include <cstring>
 #include <thread>
@@ -74,9 +72,9 @@ AvDecoder::AvDecoder(AvDecoderKind kind)
 
 AvDecoder::~AvDecoder() = default;
 
-bool AvDecoder::open(DecoderThreads threads, int width, int height, std::string *error)
+bool AvDecoder::open(const DecoderSettings &settings, int width, int height, std::string *error)
 {
-    m_threads = threads;
+    m_settings = settings;
     m_width = width;
     m_height = height;
     return openCodec(error);
@@ -132,13 +130,13 @@ void AvDecoder::configure()
     constexpr int silence = 100; // added to the level of each message: beyond all that are shown
     constexpr int microseconds = 1000000;
     AVCodecContext &context = *m_context;
-    const bool isLowDelay = m_threads == DecoderThreads::LowDelay;
+    const bool isLowDelay = m_settings.threads == DecoderThreads::LowDelay;
     context.thread_type = isLowDelay ? FF_THREAD_SLICE : FF_THREAD_FRAME;
     context.thread_count = isLowDelay ? sliceThreads(m_width, m_height) : std::max(processors(), 2);
     context.strict_std_compliance = FF_COMPLIANCE_STRICT; // keeps back what may have to come later
     context.pkt_timebase = { 1, microseconds };
     context.apply_cropping = 0;
-    context.max_pixels = std::int64_t(MaxPictureSide) * MaxPictureSide;
+    context.max_pixels = m_settings.maxPixels;
     context.log_level_offset = silence;
     if (context.codec_id == AV_CODEC_ID_HEVC) // it tells of damage in no other way
         context.err_recognition |= AV_EF_EXPLODE;

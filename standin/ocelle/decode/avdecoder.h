@@ -45,7 +45,7 @@ public:
     ~AvDecoder();
 
     /*! Starts or starts anew. \a width and \a height are those expected, 0 where unknown. */
-    bool open(DecoderThreads threads, int width, int height, std::string *error);
+    bool open(const DecoderSettings &settings, int width, int height, std::string *error);
     void close();
     bool isOpen() const { return m_context != nullptr; }
 
@@ -87,7 +87,7 @@ private:
     bool put(const PictureFunction &onPicture, std::string *error);
 
     const AvDecoderKind m_kind;
-    DecoderThreads m_threads = DecoderThreads::LowDelay; // as open() was told
+    DecoderSettings m_settings; // as open() was told
     int m_width = 0;
     int m_height = 0;
     Owned<AVBufferRef> m_device;

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstdint>
+
 namespace Veltra {
 namespace Ocelle {
+
+constexpr int MaxPictureSide = 16384; // pixels
 
 /*! How the pictures of a decoder reach its listener. */
 enum class DecoderOutput {
@@ -20,6 +24,7 @@ struct DecoderSettings
 {
     DecoderOutput output = DecoderOutput::Buffer;
     DecoderThreads threads = DecoderThreads::LowDelay;
+    std::int64_t maxPixels = std::int64_t(MaxPictureSide) * MaxPictureSide; // of one picture
 
     /*!
      * As two texts ask for, "buffer" or "ycbcr" and "delay" or "throughput"; null or empty for the

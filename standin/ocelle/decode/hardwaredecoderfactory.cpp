@@ -48,7 +48,7 @@ std::shared_ptr<VideoDecoder> HardwareDecoderFactory::create(std::string *error)
         return {};
     }
     AvDecoder trial(m_kind);
-    if (!trial.open(m_settings.threads, 0, 0, error))
+    if (!trial.open(m_settings, 0, 0, error))
         return {};
     return std::make_shared<LocalVideoDecoder>(info().type, info().codecName, m_kind, m_settings,
                                                std::move(token));
@@ -61,8 +61,7 @@ bool HardwareDecoderFactory::decodesTrialFrame() const
     std::string error;
     int pictures = 0;
     const auto onPicture = [&pictures](const AvDecoder::Picture &) { ++pictures; };
-    if (!decoder.open(DecoderThreads::LowDelay, 0, 0, &error) ||
-        !decoder.load(frame.data, frame.size, &error) ||
+    if (!decoder.open({}, 0, 0, &error) || !decoder.load(frame.data, frame.size, &error) ||
         !decoder.decode(0, false, onPicture, &error))
         return false;
     const bool isDrained = decoder.drain(onPicture, &error);

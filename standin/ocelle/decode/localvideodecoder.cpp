@@ -48,7 +48,7 @@ bool LocalVideoDecoder::initialize(DecoderConfig config)
         return refuse("pictures of " + std::to_string(config.width) + 'x' +
                       std::to_string(config.height) + " are too large");
     std::string error;
-    if (!m_codec.open(m_settings.threads, config.width, config.height, &error))
+    if (!m_codec.open(m_settings, config.width, config.height, &error))
         return refuse(error);
     beginAnew();
     return true;

@@ -1,5 +1,6 @@
 #include "streamscan.h"
 
+#include "decodersettings.h"
 #include "h264scan.h"
 #include "h265scan.h"
 #include "vp8scan.h"

@@ -10,8 +10,6 @@
 namespace Veltra {
 namespace Ocelle {
 
-constexpr int MaxPictureSide = 16384; // pixels
-
 /*! What the headers of one compressed frame tell. */
 struct UnitReport
 {
