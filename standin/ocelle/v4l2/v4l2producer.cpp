@@ -195,9 +195,9 @@ void V4l2Producer::countSequence(std::uint32_t sequence)
 /*! Whether to wait on; a device that only delivers damaged pictures is as good as silent. */
 bool V4l2Producer::isPatient()
 {
-    const auto usual = std::chrono::duration_cast<Milliseconds>(4 * period());
-    const Milliseconds limit = m_hasGood ? std::max(m_patience.next, usual) : m_patience.first;
-    if (m_waited <= limit)
+    const std::chrono::duration<double> usual(4 / ratePerSecond(m_stream->interval()));
+    const std::chrono::duration<double> limit(m_hasGood ? m_patience.next : m_patience.first);
+    if (m_waited <= std::max(limit, usual))
         return true;
     const auto seconds = std::chrono::duration<double>(m_waited).count();
     std::string time = std::to_string(seconds);

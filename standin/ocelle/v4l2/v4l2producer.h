@@ -34,8 +34,9 @@ public:
     /*! How long a device may deliver nothing. */
     struct Patience
     {
+        // Or four of the times between two pictures, if that is more
         Milliseconds first { 10000 }; // some are slow to wake up
-        Milliseconds next { 3000 };   // or four intervals, if that is more
+        Milliseconds next { 3000 };
 
         /*! For devices that rest for long, as those with a trigger. */
         static Patience endless();

@@ -64,10 +64,14 @@ std::vector<CameraDescription> V4l2Source::cameras()
 void V4l2Source::watch(std::function<void()> changed)
 {
     m_changed = std::move(changed);
+    const char *missing = "descriptor";
     try {
+        if (m_quit.descriptor() < 0) // then the thread could not be ended
+            throw std::system_error(std::make_error_code(std::errc::too_many_files_open));
+        missing = "thread";
         m_thread = startThread("OcelleV4l2", [this] { run(); });
     } catch (const std::system_error &) {
-        printLine("no V4L2 cameras: the system has no thread left");
+        printLine(std::string("no V4L2 cameras: the system has no ") + missing + " left");
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_listed = true;
     }

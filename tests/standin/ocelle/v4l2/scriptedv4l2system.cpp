@@ -60,6 +60,12 @@ void ScriptedV4l2System::setCapabilities(std::uint32_t capabilities)
     m_capabilities = capabilities;
 }
 
+void ScriptedV4l2System::setInterval(v4l2_fract interval)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_interval = interval;
+}
+
 void ScriptedV4l2System::setControl(std::uint32_t id, std::int32_t value)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -234,6 +240,7 @@ int ScriptedV4l2System::answer(unsigned long request, void *argument)
     case VIDIOC_S_FMT:
         return setFormat(as<v4l2_format>(argument));
     case VIDIOC_S_PARM:
+        as<v4l2_streamparm>(argument).parm.capture.timeperframe = m_interval;
         return 0;
     case VIDIOC_REQBUFS:
         m_buffers = as<v4l2_requestbuffers>(argument).count;

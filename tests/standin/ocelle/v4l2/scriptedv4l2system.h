@@ -40,6 +40,8 @@ public:
     void slowDown(unsigned long request, std::chrono::milliseconds time);
     /*! Those of the node; a camera's until this is called. */
     void setCapabilities(std::uint32_t capabilities);
+    /*! What it makes of the rate that is asked for, as in the dark. */
+    void setInterval(v4l2_fract interval);
     void setControl(std::uint32_t id, std::int32_t value);
     /*! Streams and whatever is asked of an open device fail with \a error, as if unplugged. */
     void breakDown(int error);
@@ -98,6 +100,7 @@ private:
     std::map<unsigned long, int> m_calls;
     std::map<std::uint32_t, std::int32_t> m_controls;
     std::uint32_t m_capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
+    v4l2_fract m_interval { 1, 30 };
     int m_opens = 0;
     int m_waits = 0;
     std::vector<int> m_open;

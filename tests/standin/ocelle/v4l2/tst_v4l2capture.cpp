@@ -1,41 +1,26 @@
-#include "cameracounters.h"
-#include "recordinglistener.h"
-#include "scriptedv4l2system.h"
-#include "scriptedvideonodes.h"
-#include "v4l2source.h"
+#include "scriptedcapture.h"
 
 #include <QtTest>
 
 #include <turbojpeg.h>
 
 #include <cerrno>
+#include <future>
 
 using namespace Veltra::Ocelle;
 
 namespace {
 
-using Bytes = ScriptedV4l2System::Bytes;
-using Milliseconds = std::chrono::milliseconds;
-
-constexpr int Width = ScriptedV4l2System::Width;
-constexpr int Height = ScriptedV4l2System::Height;
-constexpr CameraCapability Only { Width, Height, 30 };
-const char Node[] = "/nowhere/video0";
-const std::string Id = "v4l2:Test_0001";
-
-Bytes grey(std::uint8_t value)
+ScriptedCapture::Bytes jpeg()
 {
-    return Bytes(std::size_t(Width * Height * 3 / 2), value);
-}
-
-Bytes jpeg()
-{
-    const Bytes rgb(std::size_t(Width * Height * 3), 200);
+    constexpr int width = ScriptedCapture::Width;
+    constexpr int height = ScriptedCapture::Height;
+    const ScriptedCapture::Bytes rgb(std::size_t(width * height * 3), 200);
     const tjhandle handle = tjInitCompress();
     unsigned char *data = nullptr;
     unsigned long size = 0;
-    tjCompress2(handle, rgb.data(), Width, 0, Height, TJPF_RGB, &data, &size, TJSAMP_420, 90, 0);
-    const Bytes bytes(data, data + size);
+    tjCompress2(handle, rgb.data(), width, 0, height, TJPF_RGB, &data, &size, TJSAMP_420, 90, 0);
+    const ScriptedCapture::Bytes bytes(data, data + size);
     tjFree(data);
     tjDestroy(handle);
     return bytes;
@@ -44,12 +29,12 @@ Bytes jpeg()
 } // namespace
 
 /*! A camera that captures, and whatever its driver answers meanwhile. */
-class TestV4l2Capture : public QObject
+class TestV4l2Capture : public QObject, private ScriptedCapture
 {
     Q_OBJECT
 private slots:
-    void init();
-    void cleanup();
+    void init() { begin(); }
+    void cleanup() { end(); }
     void pictures_comeUncopied_andTheirBuffersGoBack();
     void laterPictures_areDueBeforeTheyCome();
     void slowFirstPicture_doesNotHoldBackTheOthers();
@@ -57,71 +42,11 @@ private slots:
     void failingCall_isOneSentence_andTheNextStartWorks_data();
     void failingCall_isOneSentence_andTheNextStartWorks();
     void deviceWithoutChoiceOfRates_captures();
-    void firstPicture_isWaitedForLonger();
-    void silenceAfterPictures_isAnError();
-    void silence_isNoError_whereThereIsNoWatchdog();
-    void damagedPicturesOnly_areAnError();
     void goneWhileStreaming_isOneError_data();
     void goneWhileStreaming_isOneError();
     void cutJpegs_areDroppedAndCounted();
     void jpegsWithBytesAround_areDelivered();
-
-private:
-    void open(std::uint32_t fourcc, V4l2Producer::Patience patience = {});
-    bool deliverUntilSeen(const Bytes &data);
-
-    std::shared_ptr<ScriptedV4l2System> m_system;
-    std::shared_ptr<PluggedNodes> m_plugged;
-    std::unique_ptr<V4l2Source> m_source;
-    std::unique_ptr<RecordingListener> m_listener;
-    std::shared_ptr<Camera> m_camera;
-    std::shared_ptr<CameraCounters> m_counters = CameraCounters::forCamera(Id);
 };
-
-void TestV4l2Capture::init()
-{
-    m_plugged = std::make_shared<PluggedNodes>();
-    m_plugged->set({ webcam(Node) });
-    m_counters->captured = m_counters->dropped = m_counters->late = 0;
-}
-
-void TestV4l2Capture::cleanup()
-{
-    m_camera.reset();
-    m_listener.reset();
-    m_source.reset();
-    QCOMPARE(m_system->openNow(), 0);
-    QCOMPARE(m_system->mappedNow(), 0);
-    QCOMPARE(m_system->misuses(), std::vector<std::string>());
-}
-
-void TestV4l2Capture::open(std::uint32_t fourcc, V4l2Producer::Patience patience)
-{
-    m_system = std::make_shared<ScriptedV4l2System>(fourcc);
-    m_source = std::make_unique<V4l2Source>(
-            m_system, std::make_unique<ScriptedVideoNodes>(m_plugged), patience);
-    m_source->watch([] {});
-    m_camera = m_source->open(Id);
-    QVERIFY(m_camera);
-    m_listener = std::make_unique<RecordingListener>();
-    m_camera->setListener(m_listener.get());
-}
-
-/*! Again and again, as on a busy machine a single one may be late. */
-bool TestV4l2Capture::deliverUntilSeen(const Bytes &data)
-{
-    const int before = m_listener->frames();
-    const std::uint64_t captured = m_counters->captured;
-    for (std::uint64_t number = 1; number <= 50; ++number) {
-        if (!m_system->deliver(data))
-            return false;
-        const bool came =
-                QTest::qWaitFor([&] { return m_counters->captured >= captured + number; });
-        if (came && QTest::qWaitFor([&] { return m_listener->frames() > before; }, 200))
-            return true;
-    }
-    return false;
-}
 
 void TestV4l2Capture::pictures_comeUncopied_andTheirBuffersGoBack()
 {
@@ -276,63 +201,6 @@ void TestV4l2Capture::deviceWithoutChoiceOfRates_captures()
         QVERIFY(m_listener->errors().empty());
         m_camera.reset();
     }
-}
-
-void TestV4l2Capture::firstPicture_isWaitedForLonger()
-{
-    open(V4L2_PIX_FMT_NV12, { Milliseconds(900), Milliseconds(100) });
-    QElapsedTimer timer;
-    timer.start();
-    QVERIFY(m_camera->startCapture(Only, 255));
-    QTRY_VERIFY_WITH_TIMEOUT(!m_listener->errors().empty(), 30000);
-    QVERIFY2(timer.elapsed() >= 900, qPrintable(QString::number(timer.elapsed())));
-    const QString error = QString::fromStdString(m_listener->errors().front());
-    QVERIFY2(error.contains("delivered no picture for ") && error.contains(" s: start it anew"),
-             qPrintable(error));
-    m_camera->stopCapture();
-    QCOMPARE(m_listener->errors().size(), std::size_t(1));
-}
-
-void TestV4l2Capture::silenceAfterPictures_isAnError()
-{
-    open(V4L2_PIX_FMT_NV12, { std::chrono::hours(1), Milliseconds(1000) });
-    QVERIFY(m_camera->startCapture(Only, 255));
-    QVERIFY(deliverUntilSeen(grey(1)));
-    QTRY_VERIFY_WITH_TIMEOUT(!m_listener->errors().empty(), 30000);
-    m_camera->stopCapture();
-    QCOMPARE(m_listener->errors().size(), std::size_t(1));
-    const QString error = QString::fromStdString(m_listener->errors().front());
-    QVERIFY2(error.contains("delivered no picture for 1."), qPrintable(error));
-}
-
-void TestV4l2Capture::silence_isNoError_whereThereIsNoWatchdog()
-{
-    open(V4L2_PIX_FMT_NV12, V4l2Producer::Patience::endless());
-    QVERIFY(m_camera->startCapture(Only, 255));
-    const int waits = m_system->waits();
-    QTRY_VERIFY(m_system->waits() >= waits + 3); // it looked at the time in vain
-    QVERIFY(deliverUntilSeen(grey(1)));
-    QTRY_VERIFY(m_system->waits() >= waits + 6);
-    QVERIFY(m_listener->errors().empty());
-    QVERIFY(m_camera->captureStarted());
-}
-
-void TestV4l2Capture::damagedPicturesOnly_areAnError()
-{
-    open(V4L2_PIX_FMT_NV12, { Milliseconds(500), Milliseconds(500) });
-    QVERIFY(m_camera->startCapture(Only, 255));
-    const Bytes half(std::size_t(Width * Height), 1);
-    const auto isTold = [&] {
-        m_system->deliver(half, std::chrono::seconds(0));
-        return !m_listener->errors().empty();
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(isTold(), 30000);
-    m_camera->stopCapture();
-    QCOMPARE(m_listener->frames(), 0);
-    QVERIFY(m_counters->dropped > 0);
-    QCOMPARE(m_listener->errors().size(), std::size_t(1));
-    const QString error = QString::fromStdString(m_listener->errors().front());
-    QVERIFY2(error.contains("delivered only damaged pictures for "), qPrintable(error));
 }
 
 void TestV4l2Capture::goneWhileStreaming_isOneError_data()

@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <grp.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -36,6 +37,7 @@ private slots:
     void deviceOfNoGroup_isRefused_namingTheRule();
     void cameraThatWent_isRefused();
     void unpluggedWhileIdle_reportsNothing();
+    void withoutADescriptor_thereAreNoCameras();
 
 private:
     void list(std::vector<VideoNode> nodes);
@@ -307,6 +309,25 @@ void TestV4l2Source::unpluggedWhileIdle_reportsNothing()
     QVERIFY(listener.errors().empty());
     const StderrCapture quiet; // of why it does not start
     QTRY_VERIFY(!camera->startCapture({ 64, 48, 30 }, 255));
+}
+
+void TestV4l2Source::withoutADescriptor_thereAreNoCameras()
+{
+    rlimit usual;
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+    rlimit none = usual;
+    none.rlim_cur = 0;
+    m_plugged->set({ webcam("/dev/video0") });
+    auto nodes = std::make_unique<ScriptedVideoNodes>(m_plugged);
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    auto source = std::make_unique<V4l2Source>(m_system, std::move(nodes));
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    StderrCapture output;
+    source->watch([this] { ++m_changes; });
+    QVERIFY(source->cameras().empty());
+    source.reset(); // has no thread to wait for
+    QCOMPARE(output.lines(),
+             QStringList("ocelle: no V4L2 cameras: the system has no descriptor left"));
 }
 
 QTEST_GUILESS_MAIN(TestV4l2Source)
