@@ -8,6 +8,7 @@
 
 #include <QMutexLocker>
 #include <QRect>
+#include <QThread>
 
 #include <palaver/qpvencodedvideoframe.h>
 
@@ -30,12 +31,21 @@ bool isRepresentable(int start, int length)
            last <= std::numeric_limits<int>::max();
 }
 
+/*! A library's thread may be the last to let it go, from within a signal. */
+void deleteOnItsThread(OcelleDecodeControl *control)
+{
+    if (control->thread() == QThread::currentThread())
+        delete control;
+    else
+        control->deleteLater();
+}
+
 } // namespace
 
 OcelleDecodeSession::OcelleDecodeSession(OcelleProvider *provider, QObject *parent)
     : OcelleVideoSession(parent)
     , m_codecManager(provider->codecManager())
-    , m_control(new OcelleDecodeControl(this))
+    , m_control(new OcelleDecodeControl(this), deleteOnItsThread)
     , m_workerThread(new OcelleWorkerThread(
               QStringLiteral("DecodeWorker"),
               [this](int status) { onStatusChanged(QPVDecoder::Status(status)); }))
@@ -54,15 +64,28 @@ OcelleDecodeSession::~OcelleDecodeSession()
     if (m_workerThread->isRunning())
         shutdown();
     m_shutdownTimer.reset();
-    // The worker first: a decoder that goes with it may still tell the control of an error.
-    delete m_worker;
-    delete m_control;
+    deleteControl();
     delete m_workerThread;
+    delete m_worker;
+}
+
+/*!
+ * A decoder lives on until the worker goes, and may still tell of errors. A control that is inside
+ * its error() goes when that returns.
+ */
+void OcelleDecodeSession::deleteControl()
+{
+    std::shared_ptr<OcelleDecodeControl> control;
+    {
+        QMutexLocker locker(&m_controlMutex);
+        control.swap(m_control);
+    }
+    control->setParent(nullptr);
 }
 
 OcelleDecodeControl *OcelleDecodeSession::decodeControl() const
 {
-    return m_control;
+    return m_control.get();
 }
 
 QStringList OcelleDecodeSession::supportedCodecs(bool flag) const
@@ -167,7 +190,13 @@ void OcelleDecodeSession::setError(QPVDecoder::Error error, const QString &text)
 {
     if (error != QPVDecoder::NoError)
         qCCritical(qLcDecode) << error << text;
-    emit m_control->error(error, text);
+    std::shared_ptr<OcelleDecodeControl> control;
+    {
+        QMutexLocker locker(&m_controlMutex);
+        control = m_control;
+    }
+    if (control)
+        emit control->error(error, text);
 }
 
 void OcelleDecodeSession::onDecodedYCbCrFrame(const Veltra::Ocelle::YCbCrFrame *frame)

@@ -3,6 +3,7 @@
 #include "ocellevideosession.h"
 #include "ocelleworkerthread.h"
 
+#include <QMutex>
 #include <QStringList>
 #include <QTimer>
 #include <QVideoEncoderSettings>
@@ -72,11 +73,13 @@ public slots:
 
 private:
     void dropUnfinishedDecoder();
+    void deleteControl();
 
     Veltra::Ocelle::CodecManager *const m_codecManager; // not owned
-    OcelleDecodeControl *const m_control;               // owned
-    QVideoEncoderSettings m_settings;                   // application thread; of the current stream
-    OcelleWorkerThread *const m_workerThread;           // owned
-    OcelleDecodeWorker *const m_worker;                 // owned, lives in that thread
-    std::unique_ptr<QTimer> m_shutdownTimer;            // application thread
+    mutable QMutex m_controlMutex; // guards the next one where other threads take it
+    std::shared_ptr<OcelleDecodeControl> m_control; // changed on the application thread
+    QVideoEncoderSettings m_settings;               // application thread; of the current stream
+    OcelleWorkerThread *const m_workerThread;       // owned
+    OcelleDecodeWorker *const m_worker;             // owned, lives in that thread
+    std::unique_ptr<QTimer> m_shutdownTimer;        // application thread
 };

@@ -196,7 +196,7 @@ private slots:
         QCOMPARE(calls("decoder 1").filter("destroyed").size(), 1);
     }
 
-    void decoderWhoseTurnNeverCame_tellsTheControlToTheLast()
+    void decoderWhoseTurnNeverCame_mayTellOfAnErrorWhenTheControlIsGone()
     {
         DecodeServiceFixture f;
         blockIn(f, "decode");
@@ -205,10 +205,15 @@ private slots:
             decoder.fail("torn down");
             decoder.endStream();
         };
+        int heldWithoutControl = -1;
+        connect(f.control, &QObject::destroyed, this,
+                [&] { heldWithoutControl = f.platform.codecs.heldDecoders(); });
         QTimer::singleShot(20, this, [&f] { f.script->decodeGate.open(); });
         f.service.reset();
+        QCOMPARE(heldWithoutControl, 1); // the worker and what it has go last
         QCOMPARE(f.platform.codecs.heldDecoders(), 0);
         QVERIFY(!calls().filter("decoder 2: destroyed").isEmpty());
+        QCOMPARE(f.recorder.errors.size(), 1); // the first decoder's, while there was a control
         QVERIFY(calls("decoder 2").filter("initialize").isEmpty());
         f.script->onDestroy = nullptr;
     }
