@@ -174,6 +174,18 @@ bool AvDecoder::load(const unsigned char *data, std::size_t size, std::string *e
     return true;
 }
 
+bool AvDecoder::prepend(const std::vector<std::uint8_t> &head, std::string *error)
+{
+    const auto size = std::size_t(m_packet->size);
+    if (av_grow_packet(m_packet.get(), int(head.size())) < 0) {
+        *error = "out of memory";
+        return false;
+    }
+    std::memmove(m_packet->data + head.size(), m_packet->data, size);
+    std::memcpy(m_packet->data, head.data(), head.size());
+    return true;
+}
+
 bool AvDecoder::decode(std::int64_t index, bool reorders, const PictureFunction &onPicture,
                        std::string *error)
 {

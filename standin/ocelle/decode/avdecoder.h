@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 struct AVBufferRef;
 struct AVCodecContext;
@@ -52,6 +53,8 @@ public:
     /*! Copies the next compressed frame, with the room behind it that the decoder needs. */
     bool load(const unsigned char *data, std::size_t size, std::string *error);
     const AVPacket &loaded() const { return *m_packet; }
+    /*! Puts something before what is loaded. */
+    bool prepend(const std::vector<std::uint8_t> &head, std::string *error);
 
     /*!
      * Decodes what is loaded and calls \a onPicture for what comes out. With \a reorders pictures

@@ -54,10 +54,17 @@ UnitReport H264Scan::examine(const std::uint8_t *data, std::size_t size)
     while (units.next()) {
         hasUnit = true;
         examineNal(units.data(), units.sizeToEnd(), &report);
-        if (report.hasPicture)
+        if (report.hasPicture) {
+            constexpr std::size_t startCode = 3;
+            report.headSize = std::size_t(units.data() - data) - startCode;
             break; // the rest is more of it, but for its end
+        }
         units.findNext();
     }
+    constexpr unsigned bothKinds = 3;
+    report.isSelfContained = report.parameters == bothKinds;
+    if (!report.hasPicture)
+        report.headSize = size;
     const unsigned last = lastUnitType(data, size, 1) & 0x1f;
     report.endsStream = last == EndOfStream;
     report.endsSequence = report.endsStream || last == EndOfSequence;
@@ -90,9 +97,11 @@ void H264Scan::examineNal(const std::uint8_t *data, std::size_t size, UnitReport
         m_isRecovery = m_isRecovery || hasRecoveryPoint(data + 1, size - 1);
         break;
     case SequenceParameterSet:
+        report->parameters |= 1;
         readSequenceParameters(data + 1, size - 1, report);
         break;
     case PictureParameterSet:
+        report->parameters |= 2;
         readPictureParameters(data + 1, size - 1);
         break;
     default:

@@ -57,10 +57,17 @@ UnitReport H265Scan::examine(const std::uint8_t *data, std::size_t size)
     while (units.next()) {
         hasUnit = true;
         examineNal(units.data(), units.sizeToEnd(), &report);
-        if (report.hasPicture)
+        if (report.hasPicture) {
+            constexpr std::size_t startCode = 3;
+            report.headSize = std::size_t(units.data() - data) - startCode;
             break; // the rest is more of it, but for its end
+        }
         units.findNext();
     }
+    constexpr unsigned allKinds = 7;
+    report.isSelfContained = report.parameters == allKinds;
+    if (!report.hasPicture)
+        report.headSize = size;
     const unsigned last = lastUnitType(data, size, HeaderSize) >> 1 & 0x3f;
     report.endsStream = last == EndOfStream;
     report.endsSequence = report.endsStream || last == EndOfSequence;
@@ -77,6 +84,8 @@ void H265Scan::examineNal(const std::uint8_t *data, std::size_t size, UnitReport
     if (!isValid)
         return;
     const unsigned type = data[0] >> 1 & 0x3f;
+    if (type >= VideoParameters && type <= PictureParameters)
+        report->parameters |= 1U << (type - VideoParameters);
     const bool isKey = type >= FirstKeySlice && type <= LastKeySlice;
     m_isKnown = m_isKnown || type <= LastPlainSlice || isKey ||
                 (type >= VideoParameters && type <= LastSideInformation);

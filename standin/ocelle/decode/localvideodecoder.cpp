@@ -86,12 +86,18 @@ void LocalVideoDecoder::decodeLoaded(std::uint64_t timestamp)
 {
     const AVPacket &packet = m_codec.loaded();
     const UnitReport report = m_scan->examine(packet.data, std::size_t(packet.size));
-    if (mayDecode(report)) {
+    if (!mayDecode(report)) {
+        keepHead(report);
+    } else {
         const std::int64_t index = m_nextIndex++;
         m_units[std::size_t(index) % MostInside] = { timestamp, report.isKey };
         std::string error;
         const auto onPicture = [this](const AvDecoder::Picture &picture) { deliver(picture); };
-        if (!m_codec.decode(index, report.reorders, onPicture, &error) && report.hasPicture) {
+        if (report.isSelfContained)
+            m_head.clear(); // may be damaged
+        const bool isWhole = m_head.empty() || m_codec.prepend(m_head, &error);
+        m_head.clear();
+        if (!isWhole || !m_codec.decode(index, report.reorders, onPicture, &error)) {
             m_waitsForKey = m_waitsForKey || !m_hasWhole;
             reportDamage("damaged data: " + error);
         }
@@ -112,7 +118,7 @@ bool LocalVideoDecoder::mayDecode(const UnitReport &report)
         return false;
     }
     if (!report.hasPicture)
-        return true;
+        return false;
     if (m_waitsForKey && !report.isKey) {
         reportDamage("waiting for a key frame");
         return false;
@@ -124,6 +130,19 @@ bool LocalVideoDecoder::mayDecode(const UnitReport &report)
     if (!report.gap.empty())
         reportDamage(report.gap);
     return true;
+}
+
+// What comes without a picture, or with one that is dropped, goes to the codec with the next one.
+void LocalVideoDecoder::keepHead(const UnitReport &report)
+{
+    constexpr std::size_t most = 1 << 16; // bytes, more than any parameters need
+    const bool isOfUse = report.parameters != 0 || (!m_waitsForKey && !report.endsSequence);
+    if (!report.problem.empty() || !isOfUse || report.headSize > most)
+        return;
+    if (m_head.size() + report.headSize > most)
+        m_head.clear();
+    const std::uint8_t *const data = m_codec.loaded().data;
+    m_head.insert(m_head.end(), data, data + report.headSize);
 }
 
 void LocalVideoDecoder::flush()
@@ -174,6 +193,7 @@ void LocalVideoDecoder::finishEnding()
         return;
     if (ending == Ending::Stop) {
         m_codec.close();
+        m_head.clear();
         m_token.reset();
     } else if (m_codec.isOpen()) {
         m_codec.flush();

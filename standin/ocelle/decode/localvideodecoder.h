@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Veltra {
 namespace Ocelle {
@@ -70,6 +71,7 @@ private:
     std::string refusal(const unsigned char *data, std::uint64_t size) const;
     void decodeLoaded(std::uint64_t timestamp);
     bool mayDecode(const UnitReport &report);
+    void keepHead(const UnitReport &report);
     void drainInside();
     void end(Ending ending);
     void finishEnding();
@@ -98,6 +100,7 @@ private:
     AvDecoder m_codec;
     DecodedPictures m_pictures;
 
+    std::vector<std::uint8_t> m_head;     // parameters for the next compressed frame
     std::array<Unit, MostInside> m_units; // by the lower bits of their index
     std::int64_t m_nextIndex = 0;
     std::uint64_t m_sequence = 0; // of the next picture

@@ -14,10 +14,13 @@ namespace Ocelle {
 struct UnitReport
 {
     bool hasPicture = false;   // else it is parameters or side information
+    std::size_t headSize = 0;  // bytes before the picture; all where there is none
+    unsigned parameters = 0;   // kinds of parameters among these, a bit for each
     bool isKey = false;        // decoding can begin here
     bool reorders = false;     // pictures may come in another order than they are shown in
     bool endsSequence = false; // nothing after it refers to anything up to here
     bool endsStream = false;
+    bool isSelfContained = false; // it has every kind of parameters
     std::string gap;     // what is missing before it, as text; empty where nothing is known to be
     std::string problem; // why it cannot be decoded at all; empty where it may be
 };
