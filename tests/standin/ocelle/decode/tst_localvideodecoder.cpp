@@ -133,10 +133,9 @@ private slots:
             row(CodecType::H264, "x264-params", value);
         row(CodecType::H264, "profile", "baseline");
         row(CodecType::H264, "profile", "main");
-        for (const char *value :
-             { "open-gop=1:bframes=3", "open-gop=1:b-pyramid=1:bframes=8:ref=5", "slices=2:wpp=0",
-               "pools=2:wpp=1", "temporal-layers=3", "intra-refresh=1",
-               "hash=1:aud=1:repeat-headers=1", "lossless=1", "keyint=1" })
+        for (const char *value : { "open-gop=1:bframes=3", "open-gop=1:b-pyramid=1:bframes=8:ref=5",
+                                   "pools=2:wpp=1", "temporal-layers=3", "intra-refresh=1",
+                                   "hash=1:aud=1:repeat-headers=1", "lossless=1", "keyint=1" })
             row(CodecType::H265, "x265-params", value);
         row(CodecType::VP8, "auto-alt-ref", "1");
         row(CodecType::VP8, "slices", "4");
