@@ -132,6 +132,34 @@ private slots:
         }
     }
 
+    void reorderingThatBeginsAndEnds_isFollowed_data()
+    {
+        QTest::addColumn<bool>("isTold");
+        QTest::addColumn<int>("bFrames");
+        for (const bool isTold : { true, false }) {
+            for (const int bFrames : { 1, 4 })
+                QTest::addRow("%d, %s", bFrames, isTold ? "told" : "not told") << isTold << bFrames;
+        }
+    }
+    void reorderingThatBeginsAndEnds_isFollowed()
+    {
+        QFETCH(bool, isTold);
+        QFETCH(int, bFrames);
+        const auto part = [&](int first, int reordered) {
+            StreamWish wish { CodecType::H264, 320, 240, 20, 100, reordered };
+            wish.firstNumber = first;
+            const auto units = encodedStream(wish);
+            return isTold || reordered == 0 ? units : withoutUsability(units);
+        };
+        const auto units = joined(joined(part(0, 0), part(20, bFrames)),
+                                  joined(part(40, 0), part(60, bFrames)));
+        for (const bool hasDelay : { false, true }) {
+            const DecodingListener listener = decoded({ CodecType::H264, false, hasDelay }, units);
+            QVERIFY2(listener.errors.empty(), listener.firstError());
+            QCOMPARE(numbers(listener.visible), range(0, 80));
+        }
+    }
+
     void drain_putsOutWhatIsInside_flushDoesNot_data()
     {
         QTest::addColumn<CodecType>("type");
