@@ -8,13 +8,16 @@ Vp8Encoder::Vp8Encoder(const VpxLibrary &library)
 {
 }
 
-bool Vp8Encoder::configure(const EncoderSettings &settings)
+bool Vp8Encoder::open(const EncoderSettings &settings, std::string *error)
 {
-    int partitions = 0; // log2
-    while ((1 << partitions) < settings.threads && partitions < 3)
-        ++partitions;
-    // A negative speed is fixed; a positive one would follow the clock.
-    return control(VP8E_SET_CPUUSED, -8) && control(VP8E_SET_TOKEN_PARTITIONS, partitions);
+    EncoderSettings single = settings;
+    single.threads = 1;
+    return VpxEncoder::open(single, error);
+}
+
+bool Vp8Encoder::configure(const EncoderSettings &)
+{
+    return control(VP8E_SET_CPUUSED, -8); // fixed; a positive one would follow the clock
 }
 
 } // namespace Ocelle

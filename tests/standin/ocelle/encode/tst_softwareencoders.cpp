@@ -3,6 +3,7 @@
 #include "rawpicture.h"
 #include "unitdecoder.h"
 
+#include <QDir>
 #include <QtTest>
 
 #include <patternreader.h>
@@ -76,6 +77,13 @@ long residentMemory()
     if (file)
         std::fclose(file);
     return resident * 4;
+}
+
+int threadsOfThisProcess()
+{
+    return QDir(QStringLiteral("/proc/self/task"))
+            .entryList(QDir::Dirs | QDir::NoDotAndDotDot)
+            .size();
 }
 } // namespace
 
@@ -367,6 +375,20 @@ private slots:
         QVERIFY2(
                 residentMemory() - settled < MemoryGrowth,
                 qPrintable(QStringLiteral("from %1 to %2 KiB").arg(settled).arg(residentMemory())));
+    }
+
+    // Those of its library spin, which is slow wherever the processors have other work.
+    void vp8_hasNoThreadsOfItsOwn_howeverLargeThePicture()
+    {
+        EncodingListener listener;
+        const auto encoder = softwareEncoder(CodecType::VP8, &listener);
+        const int before = threadsOfThisProcess();
+        QVERIFY(before > 0);
+        QVERIFY(encoder->initialize(encoderConfig(CodecType::VP8, 1920, 1080)));
+        QVERIFY(encoder->encode(
+                ycbcrFrame(RawPicture::pattern(1920, 1080, 1), PictureLayout::Planar, 0), false));
+        QCOMPARE(listener.units.size(), std::size_t(1));
+        QCOMPARE(threadsOfThisProcess(), before);
     }
 };
 
