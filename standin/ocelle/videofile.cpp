@@ -1,11 +1,12 @@
 #include "videofile.h"
 
+#include "libavlog.h"
+
 #include <sys/stat.h>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libavutil/log.h>
 }
 
 #include <algorithm>
@@ -13,7 +14,6 @@ extern "C" {
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <mutex>
 #include <utility>
 
 namespace Veltra {
@@ -27,16 +27,6 @@ constexpr int ManyPixels = 1280 * 720; // from here on two threads decode
 constexpr double UsualRate = 25;       // where the file does not tell
 constexpr double HighestRate = 1000;   // a file that tells more does not tell
 constexpr AVRational Nanoseconds { 1, 1000000000 };
-
-/*! libav speaks of every flaw of a file; here only what has a consequence is told, in one line. */
-void quietLibav()
-{
-    static std::once_flag once;
-    std::call_once(once, [] {
-        if (av_log_get_level() == AV_LOG_INFO) // the application has not chosen
-            av_log_set_level(AV_LOG_FATAL);
-    });
-}
 
 std::string textOf(int error)
 {

@@ -1,5 +1,7 @@
 #include "avdecoder.h"
 
+#include "libavlog.h"
+
 #include <algorithm>
 #include <cstring>
 #include <thread>
@@ -82,6 +84,7 @@ bool AvDecoder::open(const DecoderSettings &settings, int width, int height, std
 
 bool AvDecoder::openCodec(std::string *error)
 {
+    quietLibav();
     close();
     const AVCodec *codec = avcodec_find_decoder_by_name(m_kind.codecName.c_str());
     if (!codec) {
@@ -127,7 +130,6 @@ bool AvDecoder::openDevice(std::string *error)
 
 void AvDecoder::configure()
 {
-    constexpr int silence = 100; // added to the level of each message: beyond all that are shown
     constexpr int microseconds = 1000000;
     AVCodecContext &context = *m_context;
     const bool isLowDelay = m_settings.threads == DecoderThreads::LowDelay;
@@ -137,7 +139,6 @@ void AvDecoder::configure()
     context.pkt_timebase = { 1, microseconds };
     context.apply_cropping = 0;
     context.max_pixels = m_settings.maxPixels;
-    context.log_level_offset = silence;
     if (context.codec_id == AV_CODEC_ID_HEVC) // it tells of damage in no other way
         context.err_recognition |= AV_EF_EXPLODE;
     if (m_device) {
