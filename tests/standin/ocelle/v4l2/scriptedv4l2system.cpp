@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <thread>
@@ -236,6 +237,12 @@ int ScriptedV4l2System::answer(unsigned long request, void *argument)
         const auto found = m_controls.find(control.id);
         control.value = found == m_controls.end() ? 0 : found->second;
         return found == m_controls.end() ? EINVAL : 0;
+    }
+    case VIDIOC_QUERYCTRL: {
+        auto &query = as<v4l2_queryctrl>(argument);
+        std::snprintf(reinterpret_cast<char *>(query.name), sizeof query.name, "Control %#x",
+                      query.id);
+        return m_controls.count(query.id) ? 0 : EINVAL;
     }
     case VIDIOC_S_FMT:
         return setFormat(as<v4l2_format>(argument));
