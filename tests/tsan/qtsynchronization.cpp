@@ -132,7 +132,16 @@ void QCoreApplication::postEvent(QObject *receiver, QEvent *event, int priority)
     static const auto real = nextAs<void(QObject *, QEvent *, int)>(
             "_ZN16QCoreApplication9postEventEP7QObjectP6QEventi");
     __tsan_release(event);
+    __tsan_release(receiver);
     real(receiver, event, priority);
+}
+
+void QCoreApplication::removePostedEvents(QObject *receiver, int type)
+{
+    static const auto real =
+            nextAs<void(QObject *, int)>("_ZN16QCoreApplication18removePostedEventsEP7QObjecti");
+    __tsan_acquire(receiver); // it destroys the events
+    real(receiver, type);
 }
 
 bool QObject::event(QEvent *event)
@@ -161,6 +170,36 @@ bool QThread::wait(unsigned long time)
     if (finished)
         __tsan_acquire(this);
     return finished;
+}
+
+// A video frame is shared by counting references. Whoever lets one go may be the last but one, and
+// what it did with the picture comes before what the last one leads to. (These two are known by their
+// mangled names: not every program has Qt Multimedia.)
+
+namespace {
+
+void letGo(const void *frame)
+{
+    void *const shared = *static_cast<void *const *>(frame); // its only member
+    __tsan_release(shared);
+    __tsan_acquire(shared);
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) void _ZN11QVideoFrameD1Ev(void *frame)
+{
+    static const auto real = nextAs<void(void *)>("_ZN11QVideoFrameD1Ev");
+    letGo(frame);
+    real(frame);
+}
+
+extern "C" __attribute__((visibility("default"))) void *_ZN11QVideoFrameaSERKS_(void *frame,
+                                                                                const void *other)
+{
+    static const auto real = nextAs<void *(void *, const void *)>("_ZN11QVideoFrameaSERKS_");
+    letGo(frame);
+    return real(frame, other);
 }
 
 // What runs once (std::call_once(), the function of QThread::create()) runs inside this call, during
