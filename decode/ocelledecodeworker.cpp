@@ -30,13 +30,17 @@ OcelleDecodeWorker::~OcelleDecodeWorker() = default;
 bool OcelleDecodeWorker::start(std::shared_ptr<Veltra::Ocelle::VideoDecoder> decoder,
                                const QVideoEncoderSettings &settings)
 {
-    requestState(false);
     {
         QMutexLocker locker(&m_mutex);
         m_pendingDecoder.swap(decoder); // one that waits still goes with no lock held
         m_settings = settings;
+        m_applied = false;
+        m_requested = true;
     }
-    requestState(true);
+    // Once to end what runs, once to start. Had the worker looked in between, a decoder that does
+    // not start would now stay loaded and now be let go.
+    queueApplyState();
+    queueApplyState();
     return true;
 }
 
@@ -207,7 +211,7 @@ void OcelleDecodeWorker::onStatusChanged(QPVDecoder::Status status)
             QMutexLocker locker(&m_mutex);
             m_active = active;
         }
-        QMetaObject::invokeMethod(this, "applyState", Qt::QueuedConnection);
+        queueApplyState();
     }
     if (!m_silenced)
         emit statusChanged(status);
@@ -265,6 +269,11 @@ void OcelleDecodeWorker::changeRequest(bool run, bool discard)
             m_applied = false;
         m_requested = run;
     }
+    queueApplyState();
+}
+
+void OcelleDecodeWorker::queueApplyState()
+{
     QMetaObject::invokeMethod(this, "applyState", Qt::QueuedConnection);
 }
 

@@ -87,6 +87,7 @@ private:
     Launch takeLaunch();
     void launch(const Launch &launch);
     void changeRequest(bool run, bool discard);
+    void queueApplyState();
     void emitNeedData(int room);
 
     OcelleDecoder m_decoder;

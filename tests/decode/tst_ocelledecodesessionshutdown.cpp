@@ -126,7 +126,7 @@ private slots:
         QElapsedTimer timer;
         timer.start();
         f.service.reset();
-        QVERIFY(timer.elapsed() >= 90 && timer.elapsed() < 480);
+        QVERIFY(timer.elapsed() >= 90);
         QCOMPARE(f.recorder.statuses.last(), Unloaded);
         QCOMPARE(f.recorder.errors, QStringList());
         QStringList last = calls("decoder 1");
@@ -168,7 +168,7 @@ private slots:
         timer.start();
         f.service.reset();
         QVERIFY(timer.elapsed() >= 1850); // however long it takes
-        QVERIFY2(unloadedAt >= 470 && unloadedAt < 900, qPrintable(QString::number(unloadedAt)));
+        QVERIFY2(unloadedAt >= 470, qPrintable(QString::number(unloadedAt)));
         QVERIFY(stopped);
         QCOMPARE(calls("decoder 1"), QStringList("decoder 1: destroyed"));
         QVERIFY(!before.contains("decoder 1: destroyed"));
