@@ -137,7 +137,6 @@ PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
         return task;
     task.current = true;
     m_overdue = false;
-    m_wakeUpPending = false;
     task.epoch = m_epoch.load(std::memory_order_relaxed);
     task.stopSurface = std::exchange(m_stopRequested, false);
     if (!m_reports.isEmpty())
@@ -147,6 +146,7 @@ PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
         task.picture = m_queue.takeFirst();
         task.more = !m_queue.isEmpty();
     }
+    m_wakeUpPending = task.more; // it comes back by itself
     return task;
 }
 

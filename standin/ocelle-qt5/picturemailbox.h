@@ -19,8 +19,8 @@ class SurfacePresenter;
 /*!
  * Where pictures are left for the presenter on the surface's thread, and how it is woken.
  *
- * However many pictures come, the presenter is woken once: it takes one picture, presents it, and
- * has itself woken again if there is more. It is woken together with the other presenters of its
+ * However many pictures come, the presenter is woken once: it takes what waits, one by one, and
+ * has itself woken again if there is still more. It is woken together with the other presenters of its
  * thread; where one of these holds that up, it gets an event of its own.
  *
  * Threads: grouped below. The mutex is held for a few lines; while it posts an event only to a

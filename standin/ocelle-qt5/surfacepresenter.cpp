@@ -162,11 +162,29 @@ void SurfacePresenter::work()
         m_wokenBusy = true;
         return;
     }
-    PictureMailbox::Task task = m_mailbox->take(this);
-    if (!task.current)
-        return;
+    // All that waits, so that pictures delivered before a stop() in an event of this thread are
+    // shown before it; but no more than can wait, since other events have to get their turn.
     const Self self(this);
-    m_busy = true;
+    bool more = true;
+    for (int i = 0; more && !m_retired && i < PictureQueue::Capacity; ++i) {
+        const PictureMailbox::Task task = m_mailbox->take(this);
+        if (!task.current)
+            break;
+        m_busy = true;
+        workOn(task, self);
+        if (!self)
+            return;
+        m_busy = false;
+        more = task.more;
+    }
+    if (std::exchange(m_wokenBusy, false) || more)
+        m_mailbox->wakeAgain(this);
+    if (m_retired)
+        deleteLater();
+}
+
+void SurfacePresenter::workOn(const PictureMailbox::Task &task, const Self &self)
+{
     for (const QString &report : std::as_const(task.reports))
         qCWarning(lcVideoOutput).noquote() << report;
     if (self && task.stopSurface) {
@@ -178,13 +196,6 @@ void SurfacePresenter::work()
         if (self)
             count(outcome);
     }
-    if (!self)
-        return;
-    m_busy = false;
-    if (std::exchange(m_wokenBusy, false) || task.more)
-        m_mailbox->wakeAgain(this);
-    if (m_retired)
-        deleteLater();
 }
 
 SurfacePresenter::Outcome SurfacePresenter::present(const PictureMailbox::Task &task,

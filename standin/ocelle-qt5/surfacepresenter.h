@@ -51,7 +51,7 @@ public:
     void addOutcomes(VideoOutputStatistics &statistics) const;
 
     // The surface's thread
-    /*! Takes a picture from the mailbox and presents it. */
+    /*! Takes the pictures that wait from the mailbox and presents them. */
     void work();
     /*! Stops the surface and destroys the presenter, now or when the surface's call returns. */
     void retire();
@@ -72,6 +72,7 @@ private:
 
     void attach();
     void leaveWaker();
+    void workOn(const PictureMailbox::Task &task, const Self &self);
     void count(Outcome outcome);
     Outcome present(const PictureMailbox::Task &task, const Self &self);
     bool isPresentable(const GraphicBuffer &buffer);

@@ -7,6 +7,7 @@
 #include <ocelle/videooutputqt5.h>
 
 #include <memory>
+#include <thread>
 
 using namespace Veltra::Ocelle;
 
@@ -31,7 +32,7 @@ private slots:
     void ofLivePicturesOnlyTheNewestWaits();
     void otherPicturesArePresentedInOrder();
     void beyond32WaitingPicturesTheOldestGoes();
-    void presentsOnePictureAtATime();
+    void otherEventsHaveTheirTurn_whilePicturesKeepComing();
     void showsPlanesInPlace();
     void picturesCannotBeWrittenTo();
     void keepsPicturesAliveWithTheirFrames();
@@ -40,6 +41,7 @@ private slots:
     void startsAgain_whenTheSurfaceSaysSo();
     void startsAgain_whenTheApplicationStoppedTheSurface();
     void stopDropsWhatWaits();
+    void picturesAreShown_whenStopComesInAnEventBehindThem();
     void stopNeverCallsTheSurfaceItself();
     void stopWithoutPicturesLeavesTheSurfaceAlone();
     void picturesAfterStopStartTheSurfaceAgain();
@@ -113,21 +115,25 @@ void TestVideoOutputQt5::beyond32WaitingPicturesTheOldestGoes()
     QCOMPARE(statistics.dropped, 8u);
 }
 
-void TestVideoOutputQt5::presentsOnePictureAtATime()
+void TestVideoOutputQt5::otherEventsHaveTheirTurn_whilePicturesKeepComing()
 {
-    // Other events of the thread have their turn between two pictures.
+    constexpr int Pictures = 100;
     RecordingSurface surface;
     VideoOutputQt5 output;
     output.setVideoSurface(&surface);
-    QList<int> presentedAtEvent;
+    int delivered = 1;
     surface.onPresent = [&](const QVideoFrame &) {
-        QMetaObject::invokeMethod(
-                this, [&] { presentedAtEvent.append(surface.presented()); }, Qt::QueuedConnection);
+        if (delivered < Pictures)
+            output.onGraphicBuffer(makeDecoded(++delivered));
         return true;
     };
-    for (int i = 1; i <= 3; ++i)
-        output.onGraphicBuffer(makeDecoded(i));
-    QTRY_COMPARE(presentedAtEvent, (QList<int> { 1, 2, 3 }));
+    int presentedAtEvent = -1;
+    output.onGraphicBuffer(makeDecoded(1));
+    QMetaObject::invokeMethod(
+            this, [&] { presentedAtEvent = surface.presented(); }, Qt::QueuedConnection);
+    QTRY_COMPARE(surface.startTimes(), range(1, Pictures));
+    QVERIFY2(presentedAtEvent > 0 && presentedAtEvent <= 32,
+             qPrintable(QString::number(presentedAtEvent)));
 }
 
 void TestVideoOutputQt5::showsPlanesInPlace()
@@ -252,6 +258,26 @@ void TestVideoOutputQt5::stopDropsWhatWaits()
     QCoreApplication::processEvents();
     QCOMPARE(surface.presented(), 0);
     QCOMPARE(statisticsOf(surface).dropped, 2u);
+}
+
+// As a decoder does that is drained: its last pictures come all at once, and then its end.
+void TestVideoOutputQt5::picturesAreShown_whenStopComesInAnEventBehindThem()
+{
+    constexpr int Waiting = 32; // as many as can
+    RecordingSurface surface;
+    VideoOutputQt5 output;
+    output.setVideoSurface(&surface);
+    QCoreApplication::processEvents(); // attached
+    std::thread decoder([&output] {
+        for (int i = 0; i < Waiting; ++i)
+            output.onGraphicBuffer(makeDecoded(i));
+        QMetaObject::invokeMethod(
+                &output, [&output] { output.stop(); }, Qt::QueuedConnection);
+    });
+    decoder.join();
+    QTRY_VERIFY(surface.calls().contains(QLatin1String("stop")));
+    QCOMPARE(surface.presented(), Waiting);
+    QCOMPARE(statisticsOf(surface).dropped, 0u);
 }
 
 void TestVideoOutputQt5::stopNeverCallsTheSurfaceItself()
