@@ -31,6 +31,7 @@ struct Words // as they come from the command line
     int rotation = 0; // degrees
     bool mirror = false;
     bool force = false;
+    std::string playRate = "realtime";
 };
 
 constexpr int MaxSide = 16384;    // pixels
@@ -231,7 +232,7 @@ RecordOptions recordOptions(const CLI::App &record, const Words &words, bool jso
 
 void addEncode(CLI::App *encode, Words *words, bool *json)
 {
-    encode->add_option("IN", words->input, "Video file to encode")->required();
+    encode->add_option("IN", words->input, "Video file to read")->required();
     addEncoding(encode, words, json);
 }
 
@@ -242,6 +243,58 @@ EncodeOptions encodeOptions(const CLI::App &encode, const Words &words, bool jso
     options.encoding = encodingOptions(encode, words);
     options.json = json;
     return options;
+}
+
+void addStreamCodec(CLI::App *command, Words *words)
+{
+    command->add_option("--codec", words->codec,
+                        "h264, h265, vp8 or vp9, where the file does not tell it by itself")
+            ->type_name("CODEC")
+            ->check(CLI::Validator(codecProblem, ""));
+}
+
+void addPlay(CLI::App *play, Words *words, bool *json)
+{
+    play->add_option("FILE", words->input, "Video file or bare stream to play")->required();
+    addStreamCodec(play, words);
+    play->add_option("--frames", words->frames, "End after N pictures")
+            ->type_name("N")
+            ->check(CLI::Validator(framesProblem, ""));
+    play->add_option("--rate", words->playRate, "realtime, or max for as fast as it goes")
+            ->type_name("RATE")
+            ->check(CLI::IsMember({ "realtime", "max" }));
+    play->add_option("--snapshot", words->snapshot, "Save the last picture, as it is shown")
+            ->type_name("FILE.png")
+            ->check(CLI::Validator(snapshotProblem, ""));
+    play->add_flag("--no-window", words->noWindow, "Show no window");
+    play->add_flag("--json", *json, "Print the statistics as JSON");
+}
+
+PlayOptions playOptions(const CLI::App &play, const Words &words, bool json)
+{
+    PlayOptions options;
+    options.file = QFile::decodeName(words.input.c_str());
+    options.codec = codecNamed(QString::fromStdString(words.codec));
+    if (play.count("--frames") > 0)
+        options.frames = words.frames;
+    options.realTime = words.playRate == "realtime";
+    options.snapshot = QFile::decodeName(words.snapshot.c_str());
+    options.window = !words.noWindow;
+    options.json = json;
+    return options;
+}
+
+void addVerify(CLI::App *verify, Words *words, bool *json)
+{
+    verify->add_option("FILE", words->input, "Recording of a pattern camera")->required();
+    addStreamCodec(verify, words);
+    verify->add_flag("--json", *json, "Print what was found as JSON");
+}
+
+VerifyOptions verifyOptions(const Words &words, bool json)
+{
+    return { QFile::decodeName(words.input.c_str()),
+             codecNamed(QString::fromStdString(words.codec)), json };
 }
 
 // Prints what was asked for, or what was wrong.
@@ -264,7 +317,7 @@ ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
 
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, int *exitCode)
 {
-    CLI::App app("Lists, watches, shows and records cameras.", "ocelle");
+    CLI::App app("Lists, watches, shows and records cameras, and plays videos.", "ocelle");
     app.set_version_flag("--version", OCELLE_VERSION);
     app.require_subcommand(1);
     app.footer("Exit codes: 0 all went well, 1 something failed, 2 the command was wrong.\n"
@@ -283,6 +336,14 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     addRecord(record, &words, &result.json);
     CLI::App *encode = app.add_subcommand("encode", "Encode a video file to another one");
     addEncode(encode, &words, &result.json);
+    CLI::App *play = app.add_subcommand("play", "Play a video file");
+    addPlay(play, &words, &result.json);
+    CLI::App *verify = app.add_subcommand(
+            "verify", "Look for lost, repeated and reordered pictures in a recorded test pattern");
+    addVerify(verify, &words, &result.json);
+    CLI::App *transcode =
+            app.add_subcommand("transcode", "Decode a video file and encode it to another one");
+    addEncode(transcode, &words, &result.json);
     CLI::App *doctor = app.add_subcommand("doctor", "Find out why something does not work");
     bool cameras = false;
     doctor->add_flag("--cameras", cameras, "Look at every video node, opening each")->required();
@@ -309,6 +370,18 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     if (encode->parsed()) {
         result.command = CommandLine::Command::Encode;
         result.encode = encodeOptions(*encode, words, result.json);
+    }
+    if (play->parsed()) {
+        result.command = CommandLine::Command::Play;
+        result.play = playOptions(*play, words, result.json);
+    }
+    if (verify->parsed()) {
+        result.command = CommandLine::Command::Verify;
+        result.verify = verifyOptions(words, result.json);
+    }
+    if (transcode->parsed()) {
+        result.command = CommandLine::Command::Transcode;
+        result.encode = encodeOptions(*transcode, words, result.json);
     }
     return result;
 }

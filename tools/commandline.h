@@ -54,16 +54,36 @@ struct EncodeOptions
     bool json = false;
 };
 
+struct PlayOptions
+{
+    QString file;
+    std::optional<VideoCodec> codec; // else the one that the file tells
+    QString snapshot;                // file for the last picture; empty for none
+    std::optional<qint64> frames;    // ends after so many pictures
+    bool realTime = true;            // else as fast as it goes
+    bool window = true;
+    bool json = false;
+};
+
+struct VerifyOptions
+{
+    QString file;
+    std::optional<VideoCodec> codec; // else the one that the file tells
+    bool json = false;
+};
+
 /*! What the command line asks for. */
 struct CommandLine
 {
-    enum class Command { List, Watch, Preview, Doctor, Record, Encode };
+    enum class Command { List, Watch, Preview, Doctor, Record, Encode, Play, Verify, Transcode };
 
     Command command = Command::List;
     bool json = false; // of list, watch and doctor
     PreviewOptions preview;
     RecordOptions record;
-    EncodeOptions encode;
+    EncodeOptions encode; // and of transcode
+    PlayOptions play;
+    VerifyOptions verify;
 };
 
 /*!

@@ -3,8 +3,11 @@
 #include "encodecommand.h"
 #include "environment.h"
 #include "listcommand.h"
+#include "playcommand.h"
 #include "previewcommand.h"
 #include "recordcommand.h"
+#include "transcodecommand.h"
+#include "verifycommand.h"
 #include "watchcommand.h"
 
 #include <QGuiApplication>
@@ -36,6 +39,12 @@ int main(int argc, char *argv[])
         return Tool::RecordCommand(commandLine->record).run();
     case Tool::CommandLine::Command::Encode:
         return Tool::EncodeCommand(commandLine->encode).run();
+    case Tool::CommandLine::Command::Play:
+        return Tool::PlayCommand(commandLine->play).run();
+    case Tool::CommandLine::Command::Verify:
+        return Tool::VerifyCommand(commandLine->verify).run();
+    case Tool::CommandLine::Command::Transcode:
+        return Tool::TranscodeCommand(commandLine->encode).run();
     }
     return Tool::Failure;
 }

@@ -1,5 +1,7 @@
 #include "previewsurface.h"
 
+#include "frameimage.h"
+
 #include <QVideoSurfaceFormat>
 
 #include <chrono>
@@ -43,12 +45,32 @@ bool PreviewSurface::present(const QVideoFrame &frame)
     ++m_presented;
     m_frame = frame;
     m_mirrored = surfaceFormat().isMirrored();
+    m_viewport = surfaceFormat().viewport() & QRect(QPoint(), frame.size());
+    if (m_viewport.isEmpty())
+        m_viewport = QRect(QPoint(), frame.size());
     if (m_presented == 1)
         emit firstPictureTaken();
     emit pictureTaken();
     if (m_presented == m_limit)
         emit limitReached();
     return true;
+}
+
+QImage PreviewSurface::image(QSize size) const
+{
+    if (!m_frame.isValid())
+        return QImage();
+    const QSize shown = size.isValid() ? m_viewport.size().scaled(size, Qt::KeepAspectRatio)
+                                       : m_viewport.size();
+    if (m_viewport == QRect(QPoint(), m_frame.size()))
+        return toImage(m_frame, m_mirrored, shown);
+    QRect part = m_viewport;
+    if (m_mirrored)
+        part.moveLeft(m_frame.width() - m_viewport.right() - 1);
+    const QImage whole = toImage(m_frame, m_mirrored).copy(part);
+    return whole.size() == shown
+                   ? whole
+                   : whole.scaled(shown, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 double PreviewSurface::rate() const

@@ -3,6 +3,8 @@
 #include "latencyhistogram.h"
 
 #include <QAbstractVideoSurface>
+#include <QImage>
+#include <QRect>
 #include <QVideoFrame>
 
 namespace Tool {
@@ -34,6 +36,9 @@ public:
     /*! The newest picture, and how to show it; both stay after the camera has stopped. */
     QVideoFrame frame() const { return m_frame; }
     bool isMirrored() const { return m_mirrored; }
+    QRect viewport() const { return m_viewport; } // pixels of it that are to be seen
+    /*! What is to be seen of it, as large as it is or as fits into \a size; null for no picture. */
+    QImage image(QSize size = QSize()) const;
 
 signals:
     void firstPictureTaken();
@@ -48,6 +53,7 @@ private:
     LatencyHistogram m_latencies;
     QVideoFrame m_frame;
     bool m_mirrored = false;
+    QRect m_viewport;
 };
 
 } // namespace Tool

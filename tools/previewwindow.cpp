@@ -1,6 +1,5 @@
 #include "previewwindow.h"
 
-#include "frameimage.h"
 #include "previewsurface.h"
 
 #include <QKeyEvent>
@@ -27,12 +26,10 @@ void PreviewWindow::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.fillRect(QRect(QPoint(), size()), Qt::black);
-    const QVideoFrame frame = m_surface->frame();
-    if (!frame.isValid())
+    if (!m_surface->frame().isValid())
         return;
     const qreal ratio = devicePixelRatio();
-    QImage image = toImage(frame, m_surface->isMirrored(),
-                           frame.size().scaled(size() * ratio, Qt::KeepAspectRatio));
+    QImage image = m_surface->image(size() * ratio);
     image.setDevicePixelRatio(ratio);
     const QSize shown = image.size() / ratio;
     painter.drawImage((width() - shown.width()) / 2, (height() - shown.height()) / 2, image);

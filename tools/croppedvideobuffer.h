@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QAbstractPlanarVideoBuffer>
+#include <QRect>
+#include <QVideoFrame>
+
+namespace Tool {
+
+/*!
+ * \a frame, or the part of it that \a viewport tells, in place. Of NV12 and YUV420P, whose chroma
+ * begins at even pixels; any other frame is given back as it is.
+ */
+QVideoFrame cropped(const QVideoFrame &frame, const QRect &viewport);
+
+/*!
+ * A part of another frame's picture; keeps that frame mapped while it is mapped itself.
+ *
+ * Threads: those of the QVideoFrame that holds it.
+ * Errors:  mapping for writing fails.
+ */
+class CroppedVideoBuffer : public QAbstractPlanarVideoBuffer
+{
+public:
+    CroppedVideoBuffer(const QVideoFrame &frame, const QRect &part);
+
+    MapMode mapMode() const override { return m_frame.mapMode(); }
+    int map(MapMode mode, int *numBytes, int bytesPerLine[4], uchar *data[4]) override;
+    void unmap() override { m_frame.unmap(); }
+
+private:
+    QVideoFrame m_frame;
+    const QRect m_part; // within the frame, begins at even pixels
+};
+
+} // namespace Tool
