@@ -1,26 +1,14 @@
 #pragma once
 
+#include "mediaunits.h"
+
 #include <ocelle/videodecoder.h>
 
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <vector>
-
-using Bytes = std::vector<std::uint8_t>;
-
-/*! One compressed frame of a file. */
-struct MediaUnit
-{
-    Bytes data;
-    std::int64_t number; // of the frame in the order of showing, or of the file where unknown
-    bool isKey;
-};
-
-/*! The compressed frames of a file in the order of decoding; none where it cannot be read. */
-std::vector<MediaUnit> readUnits(const std::string &path);
 
 /*!
  * Passes compressed frames to a decoder in blocks of their own, as the back end does, and counts

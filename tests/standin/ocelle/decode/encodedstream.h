@@ -1,6 +1,6 @@
 #pragma once
 
-#include "decodefeeder.h"
+#include "mediaunits.h"
 
 #include <ocelle/codecmanager.h>
 
