@@ -194,8 +194,8 @@ void VideoOutputQt5::setViewport(QRect viewport)
     m_d->access.log(QStringLiteral("setViewport(%1,%2 %3x%4)")
                             .arg(viewport.x())
                             .arg(viewport.y())
-                            .arg(viewport.width())
-                            .arg(viewport.height()));
+                            .arg(qint64(viewport.right()) - viewport.left() + 1)
+                            .arg(qint64(viewport.bottom()) - viewport.top() + 1));
 }
 
 void VideoOutputQt5::setMirrored(bool mirrored)

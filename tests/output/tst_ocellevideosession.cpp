@@ -5,9 +5,13 @@
 #include "memberpointers.h"
 #include "ocellevideooutput.h"
 #include "ocellevideosession.h"
+#include "threadstate.h"
 
 #include <QMutexLocker>
 #include <QtTest>
+
+#include <atomic>
+#include <thread>
 
 using namespace Veltra::Ocelle;
 
@@ -36,6 +40,8 @@ public:
             m_videoOutput->onGraphicBuffer(GraphicBuffer::create(number));
         CallLog::instance().add("session", "delivered");
     }
+
+    void stopNow() { stopVideoOutputNow(); }
 
     OcelleVideoOutput *output()
     {
@@ -134,12 +140,14 @@ private slots:
         FakeVideoOutput::at(1)->bufferGate.close();
         LibraryThread delivery("Pictures", [&] { session.deliver(1); });
         QTRY_COMPARE(FakeVideoOutput::at(1)->bufferGate.waiting(), 1);
+        std::atomic<pid_t> number { 0 };
         LibraryThread detaching("Detaching", [&] {
-            CallLog::instance().add("session", "detaching");
+            number = ThreadState::current();
             session.setVideoOutput(nullptr);
             CallLog::instance().add("session", "detached");
         });
-        QTRY_COMPARE(CallLog::instance().count("session: detaching"), 1);
+        QTRY_VERIFY(number > 0);
+        ThreadState::waitUntilAsleep(number);
         FakeVideoOutput::at(1)->bufferGate.open();
         delivery.join();
         detaching.join();
@@ -172,6 +180,82 @@ private slots:
                             .filter(QRegularExpression(QString("^output %1:").arg(number)));
             QCOMPARE(calls.last(), QString("output %1: destroyed").arg(number));
         }
+    }
+
+    void stopNow_stopsTheOutputThereIs()
+    {
+        FakePlatform platform;
+        Session session;
+        session.stopNow();
+        QCOMPARE(CallLog::instance().texts(), QStringList());
+        OcelleVideoOutput output(nullptr);
+        session.setVideoOutput(&output);
+        CallLog::instance().clear();
+        session.stopNow();
+        session.setVideoOutput(nullptr);
+        session.stopNow();
+        QCOMPARE(CallLog::instance().texts(), QStringList("output 1: stop()"));
+    }
+
+    void stopNow_doesNotWaitForADelivery()
+    {
+        FakePlatform platform;
+        Session session;
+        OcelleVideoOutput output(nullptr);
+        session.setVideoOutput(&output);
+        FakeVideoOutput::at(1)->bufferGate.close();
+        LibraryThread delivery("Pictures", [&] { session.deliver(1); });
+        QTRY_COMPARE(FakeVideoOutput::at(1)->bufferGate.waiting(), 1);
+        session.stopNow();
+        QCOMPARE(CallLog::instance().texts().last(), QString("output 1: stop()"));
+        QCOMPARE(FakeVideoOutput::at(1)->bufferGate.waiting(), 1);
+        FakeVideoOutput::at(1)->bufferGate.open();
+    }
+
+    void setVideoOutput_waitsForEveryStopNow_data()
+    {
+        QTest::addColumn<bool>("another");
+        QTest::newRow("detached") << false;
+        QTest::newRow("replaced") << true;
+    }
+
+    void setVideoOutput_waitsForEveryStopNow()
+    {
+        QFETCH(bool, another);
+        FakePlatform platform;
+        Session session;
+        OcelleVideoOutput output(nullptr);
+        OcelleVideoOutput next(nullptr);
+        session.setVideoOutput(&output);
+        Gate &gate = FakeVideoOutput::at(1)->stopGate;
+        gate.close();
+        const auto stop = [&] {
+            session.stopNow();
+            CallLog::instance().add("session", "stopped");
+        };
+        LibraryThread first("First", stop);
+        LibraryThread second("Second", stop);
+        while (gate.waiting() < 2)
+            std::this_thread::yield();
+        std::atomic<pid_t> number { 0 };
+        LibraryThread replacing("Replacing", [&] {
+            number = ThreadState::current();
+            session.setVideoOutput(another ? &next : nullptr);
+            CallLog::instance().add("session", "replaced");
+        });
+        while (session.output() == &output)
+            std::this_thread::yield();
+        ThreadState::waitUntilAsleep(number);
+        const int tooEarly = CallLog::instance().count("session: replaced");
+        session.deliver(1); // goes on meanwhile
+        gate.open();
+        for (LibraryThread *const thread : { &first, &second, &replacing })
+            thread->join();
+        QCOMPARE(tooEarly, 0);
+        QCOMPARE(CallLog::instance().count("session: stopped"), 2);
+        QCOMPARE(CallLog::instance().count("session: replaced"), 1);
+        QCOMPARE(FakeVideoOutput::at(1)->buffers(), QVector<int>());
+        QCOMPARE(FakeVideoOutput::at(2)->buffers(), another ? QVector<int> { 1 } : QVector<int>());
     }
 
     void metaObject_hasNoSignalsSlotsOrPropertiesOfItsOwn()
