@@ -169,13 +169,10 @@ void OcelleDecoder::finish(void (VideoDecoder::*ending)())
     Decoder decoder = heldDecoder();
     if (m_status > QPVDecoder::StandbyStatus && decoder &&
         setStatusWhileHolding(decoder, QPVDecoder::StoppingStatus)) {
-        (decoder.get()->*ending)();
-        bool held;
-        {
-            QMutexLocker locker(&m_decoderMutex);
-            held = m_decoder == decoder;
-        }
-        if (held)
+        // A killed one is called no more: while the status was told, or inside of the ending.
+        if (heldDecoder() == decoder)
+            (decoder.get()->*ending)();
+        if (heldDecoder() == decoder)
             decoder->stop();
         {
             QMutexLocker locker(&m_decoderMutex);

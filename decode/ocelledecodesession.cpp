@@ -13,7 +13,6 @@
 #include <palaver/qpvencodedvideoframe.h>
 
 #include <cstdio>
-#include <limits>
 #include <utility>
 
 using Veltra::Ocelle::VideoDecoder;
@@ -23,12 +22,11 @@ namespace {
 
 constexpr int ShutdownGrace = 500; // milliseconds
 
-/*! Whether QRect can hold an extent of \a length from \a start and tell its length again. */
-bool isRepresentable(int start, int length)
+/*! The last of \a length pixels from \a start on; beyond the largest number it begins anew. */
+int lastOf(int start, int length)
 {
-    const qint64 last = qint64(start) + length - 1;
-    return length > std::numeric_limits<int>::min() && last >= std::numeric_limits<int>::min() &&
-           last <= std::numeric_limits<int>::max();
+    return static_cast<int>(static_cast<unsigned int>(start) + static_cast<unsigned int>(length) -
+                            1U);
 }
 
 /*! A library's thread may be the last to let it go, from within a signal. */
@@ -46,9 +44,11 @@ OcelleDecodeSession::OcelleDecodeSession(OcelleProvider *provider, QObject *pare
     : OcelleVideoSession(parent)
     , m_codecManager(provider->codecManager())
     , m_control(new OcelleDecodeControl(this), deleteOnItsThread)
-    , m_workerThread(new OcelleWorkerThread(
-              QStringLiteral("DecodeWorker"),
-              [this](int status) { onStatusChanged(QPVDecoder::Status(status)); }))
+    , m_workerThread(new OcelleWorkerThread(QStringLiteral("DecodeWorker"),
+                                            [this](int status) {
+                                                if (!m_isDropped)
+                                                    onStatusChanged(QPVDecoder::Status(status));
+                                            }))
     , m_worker(new OcelleDecodeWorker(this))
 {
     qRegisterMetaType<QPVDecoder::Status>("QPVDecoder::Status");
@@ -225,13 +225,11 @@ void OcelleDecodeSession::onDecoderParameterChanged(VideoDecoderParameter parame
     int height = 0;
     if (std::sscanf(value.c_str(), "(%d,%d,%d,%d)", &x, &y, &width, &height) < 4)
         return;
-    if (!isRepresentable(x, width) || !isRepresentable(y, height))
-        return;
     QMutexLocker locker(&m_mutex);
     if (!m_videoOutput)
         return;
     qCDebug(qLcDecode) << "Changing viewport - " << x << y << width << height;
-    m_videoOutput->setViewport(QRect(x, y, width, height));
+    m_videoOutput->setViewport(QRect(QPoint(x, y), QPoint(lastOf(x, width), lastOf(y, height))));
 }
 
 void OcelleDecodeSession::onDecoderError(const std::string &message)
@@ -257,6 +255,7 @@ void OcelleDecodeSession::onStatusChanged(QPVDecoder::Status status)
 
 void OcelleDecodeSession::dropUnfinishedDecoder()
 {
+    m_isDropped = true;
     m_worker->silence();
     m_worker->kill();
     onStatusChanged(QPVDecoder::UnloadedStatus);

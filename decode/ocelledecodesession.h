@@ -82,4 +82,5 @@ private:
     OcelleWorkerThread *const m_workerThread;       // owned
     OcelleDecodeWorker *const m_worker;             // owned, lives in that thread
     std::unique_ptr<QTimer> m_shutdownTimer;        // application thread
+    bool m_isDropped = false; // application thread; statuses still on their way come too late
 };

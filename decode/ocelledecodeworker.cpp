@@ -138,7 +138,7 @@ void OcelleDecodeWorker::start()
         QMutexLocker locker(&m_mutex);
         taken = takeLaunch();
     }
-    launch(taken);
+    launch(std::move(taken));
 }
 
 void OcelleDecodeWorker::stop()
@@ -173,13 +173,14 @@ void OcelleDecodeWorker::decode()
             mark = m_threshold;
         }
         const QPVEncodedVideoFrame frame = dequeue();
-        int room = -1;
+        int room;
+        bool isLow;
         {
             QMutexLocker locker(&m_mutex);
-            if (mark <= before && m_threshold > m_queue.size())
-                room = m_depth - m_queue.size();
+            isLow = mark <= before && m_threshold > m_queue.size();
+            room = m_depth - m_queue.size();
         }
-        if (room >= 0)
+        if (isLow)
             emitNeedData(room);
         if (!m_decoder.decode(frame)) {
             m_session->setError(QPVDecoder::DecodeError, QStringLiteral("Decoder error"));
@@ -234,7 +235,7 @@ void OcelleDecodeWorker::applyState()
         }
     }
     if (wanted)
-        launch(taken);
+        launch(std::move(taken));
     else
         stop();
 }
@@ -251,9 +252,11 @@ OcelleDecodeWorker::Launch OcelleDecodeWorker::takeLaunch()
     return launch;
 }
 
-void OcelleDecodeWorker::launch(const Launch &launch)
+void OcelleDecodeWorker::launch(Launch launch)
 {
-    if (m_decoder.load(launch.decoder) && m_decoder.start(launch.settings))
+    const bool starts = m_decoder.load(launch.decoder) && m_decoder.start(launch.settings);
+    launch.decoder.reset(); // one that was not taken goes before anybody is told
+    if (starts)
         QCoreApplication::postEvent(this, new QEvent(FramesWaiting));
     else
         m_session->setError(QPVDecoder::DecodeError, QStringLiteral("Decoder error"));
@@ -277,8 +280,9 @@ void OcelleDecodeWorker::queueApplyState()
     QMetaObject::invokeMethod(this, "applyState", Qt::QueuedConnection);
 }
 
+/*! \a room is below zero where the depth was made less than what waits. */
 void OcelleDecodeWorker::emitNeedData(int room)
 {
     if (!m_silenced)
-        emit needData(static_cast<unsigned int>(room));
+        emit needData(static_cast<unsigned int>(qMax(0, room)));
 }

@@ -85,7 +85,7 @@ private:
     };
 
     Launch takeLaunch();
-    void launch(const Launch &launch);
+    void launch(Launch launch);
     void changeRequest(bool run, bool discard);
     void queueApplyState();
     void emitNeedData(int room);

@@ -124,6 +124,19 @@ private slots:
         QVERIFY(f.calls().contains("decoder 1: destroyed"));
     }
 
+    void decoderThatIsNotTaken_goesBeforeTheErrorIsTold()
+    {
+        WorkerFixture f;
+        f.script->initializeFails = true;
+        f.startWorker();
+        f.applyState(); // loads the first, which stays
+        CallLog::instance().clear();
+        f.startWorker();
+        f.applyState();
+        QCOMPARE(CallLog::instance().texts(),
+                 (QStringList { "decoder 2: destroyed", "control: error(3 Decoder error)" }));
+    }
+
     void enqueue_refusesWhatIsBeyondTheDepth()
     {
         WorkerFixture f;
@@ -273,6 +286,20 @@ private slots:
         QCOMPARE(f.hints, QList<unsigned int>());
         f.worker.setThreshold(5);
         QCOMPARE(f.hints, QList<unsigned int> { 18 });
+    }
+
+    void needData_hasNoRoomWhereTheDepthIsLessThanTheQueue()
+    {
+        WorkerFixture f;
+        f.startWorker();
+        f.work();
+        f.enqueue(3);
+        f.worker.setDepth(1);
+        f.worker.setThreshold(4);
+        QCOMPARE(f.hints, QList<unsigned int> { 0 });
+        f.worker.setThreshold(3);
+        f.work();
+        QCOMPARE(f.hints, (QList<unsigned int> { 0, 0 })); // two are left
     }
 
     void needData_mayBeAnsweredFromItsSlot()
