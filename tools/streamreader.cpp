@@ -169,7 +169,9 @@ StreamReader::Result StreamReader::read(StreamUnit *unit, QString *error)
     if (code == AVERROR_EOF)
         return Result::End;
     if (code < 0) {
-        *error = QStringLiteral("%1: %2").arg(m_path, avErrorText(code));
+        *error = missingEnd();
+        if (error->isEmpty())
+            *error = QStringLiteral("%1: %2").arg(m_path, avErrorText(code));
         return Result::Failed;
     }
     describe(unit);

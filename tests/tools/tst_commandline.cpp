@@ -16,6 +16,8 @@ private slots:
     void readsEveryOptionOfRecord();
     void recordLeavesTheRestToOthers();
     void readsEncode();
+    void readsEveryOptionOfPlay();
+    void readsVerifyAndTranscode();
     void readsBitRates_data();
     void readsBitRates();
     void readsRotations_data();
@@ -123,6 +125,44 @@ void CommandLineTest::readsEncode()
     QVERIFY(line->encode.encoding.codec == VideoCodec::H265);
 }
 
+void CommandLineTest::readsEveryOptionOfPlay()
+{
+    int exitCode = 0;
+    const auto plain = parse({ "play", "a.mkv" }, &exitCode);
+    QVERIFY(plain.has_value());
+    QCOMPARE(plain->command, CommandLine::Command::Play);
+    QCOMPARE(plain->play.file, QStringLiteral("a.mkv"));
+    QVERIFY(!plain->play.codec && !plain->play.frames && plain->play.snapshot.isEmpty());
+    QVERIFY(plain->play.realTime && plain->play.window && !plain->play.json);
+    const auto full = parse({ "play", "--codec", "h265", "--frames", "7", "--rate", "max",
+                              "--snapshot", "/tmp/a.png", "--no-window", "--json", "a.bin" },
+                            &exitCode);
+    QVERIFY(full.has_value());
+    QCOMPARE(full->play.codec.value(), VideoCodec::H265);
+    QCOMPARE(full->play.frames.value(), qint64(7));
+    QCOMPARE(full->play.snapshot, QStringLiteral("/tmp/a.png"));
+    QVERIFY(!full->play.realTime && !full->play.window && full->play.json);
+}
+
+void CommandLineTest::readsVerifyAndTranscode()
+{
+    int exitCode = 0;
+    const auto verify = parse({ "verify", "a.ivf", "--codec", "vp8", "--json" }, &exitCode);
+    QVERIFY(verify.has_value());
+    QCOMPARE(verify->command, CommandLine::Command::Verify);
+    QCOMPARE(verify->verify.file, QStringLiteral("a.ivf"));
+    QCOMPARE(verify->verify.codec.value(), VideoCodec::VP8);
+    QVERIFY(verify->verify.json);
+    const auto transcode = parse(
+            { "transcode", "a.ivf", "b.mp4", "--codec", "vp9", "--bitrate", "2M" }, &exitCode);
+    QVERIFY(transcode.has_value());
+    QCOMPARE(transcode->command, CommandLine::Command::Transcode);
+    QCOMPARE(transcode->encode.input, QStringLiteral("a.ivf"));
+    QCOMPARE(transcode->encode.encoding.output, QStringLiteral("b.mp4"));
+    QCOMPARE(transcode->encode.encoding.codec.value(), VideoCodec::VP9);
+    QCOMPARE(transcode->encode.encoding.bitRate, 2000000);
+}
+
 void CommandLineTest::readsBitRates_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -201,6 +241,13 @@ void CommandLineTest::refusesWrongArguments_data()
     QTest::newRow("recording of nothing") << QByteArrayList { "record", "a.mkv" };
     QTest::newRow("recording to nowhere") << QByteArrayList { "record", "--camera", "a" };
     QTest::newRow("encoding to nowhere") << QByteArrayList { "encode", "a.mkv" };
+    QTest::newRow("playing of nothing") << QByteArrayList { "play" };
+    QTest::newRow("verifying of nothing") << QByteArrayList { "verify" };
+    QTest::newRow("transcoding to nowhere") << QByteArrayList { "transcode", "a.mkv" };
+    for (const char *option :
+         { "--rate=fast", "--rate=25", "--frames=0", "--codec=mpeg", "--snapshot=/no/x.png" })
+        QTest::newRow(qPrintable(QStringLiteral("play ") + option))
+                << QByteArrayList { "play", "a.mkv", option };
     for (const char *option : { "--codec=mpeg", "--codec=H264", "--codec=", "--bitrate=0",
                                 "--bitrate=-5", "--bitrate=1G", "--bitrate=much", "--bitrate=9000M",
                                 "--rotate=45", "--rotate=up", "--rotate=9999999990" })

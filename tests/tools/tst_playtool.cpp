@@ -1,0 +1,407 @@
+#include "patternvideo.h"
+#include "recordedvideo.h"
+#include "toolprocess.h"
+
+#include <QFile>
+#include <QImage>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <patternreader.h>
+
+#include <memory>
+
+/*! "ocelle play", "verify" and "transcode" with the real plugins. */
+class PlayToolTest : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+    void play_showsEveryPicture_data();
+    void play_showsEveryPicture();
+    void play_keepsTheStreamsTime();
+    void play_endsAfterSoManyPictures_andSavesTheLast();
+    void play_endsWell_whenInterrupted();
+    void play_showsWhatIsToBeSeen_ofPublishedStreams();
+    void play_showsWhatIsThere_ofACutFile();
+    void play_goesOn_withoutAKeyFrameForLong();
+    void commands_refuseWhatCannotBe_data();
+    void commands_refuseWhatCannotBe();
+    void verify_findsNothing_inAGoodRecording_data();
+    void verify_findsNothing_inAGoodRecording();
+    void verify_findsLostAndRepeatedPictures();
+    void verify_refusesAVideoWithoutThePattern();
+    void transcode_losesNothing_data();
+    void transcode_losesNothing();
+    void transcode_keepsTheTimes();
+    void transcode_endsWell_whenInterrupted();
+    void transcode_tellsOfPicturesThatChangeTheirSize();
+
+private:
+    QString path(const QString &name) const { return m_folder->filePath(name); }
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+namespace {
+
+void addCodecFiles()
+{
+    QTest::addColumn<QString>("codec");
+    QTest::addColumn<QString>("file");
+    QTest::newRow("h264") << "h264"
+                          << "v.mp4";
+    QTest::newRow("h265") << "h265"
+                          << "v.mkv";
+    QTest::newRow("vp8") << "vp8"
+                         << "v.ivf";
+    QTest::newRow("vp9") << "vp9"
+                         << "v.webm";
+}
+
+QJsonObject object(const ToolResult &result)
+{
+    return QJsonDocument::fromJson(result.output).object();
+}
+
+int numberIn(const QImage &image)
+{
+    const QImage pixels = image.convertToFormat(QImage::Format_RGB32);
+    const auto reading = Veltra::Ocelle::readPatternRgb32(pixels.constBits(), pixels.bytesPerLine(),
+                                                          pixels.width(), pixels.height());
+    return reading ? int(reading->sequence) : -1;
+}
+
+PatternVideo patternVideo(int pictures, const QStringList &options = {})
+{
+    PatternVideo video;
+    video.pictures = pictures;
+    video.options += options;
+    return video;
+}
+
+} // namespace
+
+void PlayToolTest::play_showsEveryPicture_data()
+{
+    addCodecFiles();
+}
+
+// More than all queues take, with a size that is not made of whole blocks.
+void PlayToolTest::play_showsEveryPicture()
+{
+    QFETCH(QString, codec);
+    QFETCH(QString, file);
+    constexpr int Count = 100;
+    PatternVideo video = patternVideo(Count);
+    video.width = 318;
+    video.height = 182;
+    QVERIFY(video.write(path("in.mkv")));
+    QCOMPARE(ToolProcess::run({ "encode", path("in.mkv"), path(file), "--codec", codec }).exitCode,
+             0);
+    const ToolResult result = ToolProcess::run({ "play", path(file), "--rate", "max", "--json",
+                                                 "--snapshot", path("last.png"), "--no-window" });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QCOMPARE(result.errors, QByteArray());
+    const QJsonObject report = object(result);
+    QCOMPARE(report.value("in").toInt(), Count);
+    QCOMPARE(report.value("out").toInt(), Count);
+    QCOMPARE(report.value("lost").toInt(-1), 0);
+    QCOMPARE(report.value("dropped").toInt(-1), 0);
+    QCOMPARE(report.value("codec").toString(), codec);
+    QCOMPARE(report.value("width").toInt(), 318);
+    QCOMPARE(report.value("height").toInt(), 182);
+    const QImage snapshot(path("last.png"));
+    QCOMPARE(snapshot.size(), QSize(318, 182));
+    QCOMPARE(numberIn(snapshot), Count - 1);
+}
+
+void PlayToolTest::play_keepsTheStreamsTime()
+{
+    QVERIFY(patternVideo(31, { "-bf", "2" }).write(path("v.mp4")));
+    const ToolResult result = ToolProcess::run({ "play", path("v.mp4"), "--json" });
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY2(result.errors.contains("There is no display"), result.errors.constData());
+    const QJsonObject report = object(result);
+    QCOMPARE(report.value("out").toInt(), 31);
+    const double seconds = report.value("seconds").toDouble();
+    QVERIFY2(seconds > 0.9 && seconds < 2, qPrintable(QString::number(seconds)));
+}
+
+void PlayToolTest::play_endsAfterSoManyPictures_andSavesTheLast()
+{
+    QVERIFY(patternVideo(60).write(path("v.mkv")));
+    const ToolResult result =
+            ToolProcess::run({ "play", path("v.mkv"), "--rate", "max", "--no-window", "--frames",
+                               "7", "--snapshot", path("seventh.png"), "--json" });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QCOMPARE(object(result).value("out").toInt(), 7);
+    QCOMPARE(object(result).value("lost").toInt(-1), 0);
+    QCOMPARE(numberIn(QImage(path("seventh.png"))), 6);
+}
+
+void PlayToolTest::play_endsWell_whenInterrupted()
+{
+    QVERIFY(patternVideo(600).write(path("v.mkv")));
+    ToolProcess tool({ "play", path("v.mkv"), "--json" }, "pattern");
+    QVERIFY(tool.waitForError("There is no display"));
+    QTest::qWait(300); // some of its pictures
+    tool.interrupt();
+    const ToolResult result = tool.finish();
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    const int pictures = object(result).value("out").toInt(-1);
+    QVERIFY2(pictures >= 0 && pictures < 600, qPrintable(QString::number(pictures)));
+    QCOMPARE(object(result).value("lost").toInt(-1), 0);
+}
+
+void PlayToolTest::play_showsWhatIsToBeSeen_ofPublishedStreams()
+{
+    const QString media = QStringLiteral(OCELLE_MEDIA_DIR);
+    if (!QFile::exists(media + "/vp8/vp80-00-comprehensive-008.ivf"))
+        QSKIP("There are no published streams in " OCELLE_MEDIA_DIR);
+    const ToolResult odd = ToolProcess::run({ "play", media + "/vp8/vp80-00-comprehensive-008.ivf",
+                                              "--rate", "max", "--json", "--no-window" });
+    QVERIFY2(odd.exitCode == 0, odd.errors.constData());
+    QCOMPARE(object(odd).value("out").toInt(), object(odd).value("in").toInt());
+    const ToolResult bare = ToolProcess::run({ "play", media + "/h264/SVA_BA1_B.264", "--rate",
+                                               "max", "--json", "--no-window", "--codec", "h264" });
+    QVERIFY2(bare.exitCode == 0, bare.errors.constData());
+    QCOMPARE(object(bare).value("out").toInt(), 17);
+    QCOMPARE(object(bare).value("width").toInt(), 176);
+}
+
+void PlayToolTest::play_showsWhatIsThere_ofACutFile()
+{
+    QVERIFY(patternVideo(90).write(path("v.mkv")));
+    QFile file(path("v.mkv"));
+    QVERIFY(file.resize(file.size() / 2));
+    const ToolResult result =
+            ToolProcess::run({ "play", path("v.mkv"), "--rate", "max", "--no-window", "--json" });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("v.mkv: is cut off after "), result.errors.constData());
+    const int pictures = object(result).value("out").toInt();
+    QVERIFY2(pictures > 10 && pictures < 90, qPrintable(QString::number(pictures)));
+}
+
+// Everything before the second key frame is of no use, which is more than the queues take.
+void PlayToolTest::play_goesOn_withoutAKeyFrameForLong()
+{
+    QVERIFY(patternVideo(60, { "-g", "40", "-keyint_min", "40", "-sc_threshold", "0" })
+                    .write(path("whole.h264")));
+    // Leaves out the first picture but not the parameters.
+    QCOMPARE(QProcess::execute("ffmpeg",
+                               { "-nostdin", "-loglevel", "error", "-i", path("whole.h264"), "-c",
+                                 "copy", "-bsf:v", "noise=drop='eq(n\\,0)',dump_extra=freq=all",
+                                 path("v.h264") }),
+             0);
+    const ToolResult result = ToolProcess::run({ "play", path("v.h264"), "--rate", "max", "--json",
+                                                 "--no-window", "--snapshot", path("last.png") });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("waiting for a key frame"), result.errors.constData());
+    QCOMPARE(object(result).value("out").toInt(), 20);
+    QCOMPARE(object(result).value("lost").toInt(), 39);
+    QCOMPARE(numberIn(QImage(path("last.png"))), 59);
+}
+
+void PlayToolTest::commands_refuseWhatCannotBe_data()
+{
+    QTest::addColumn<QStringList>("arguments"); // %1 is the folder
+    QTest::addColumn<QByteArray>("error");
+    QTest::newRow("no file") << QStringList { "play", "%1/none.mkv" }
+                             << QByteArray("none.mkv: No such file or directory");
+    QTest::newRow("folder") << QStringList { "play", "%1" } << QByteArray("Is a directory");
+    QTest::newRow("no video") << QStringList { "play", "%1/sound.mkv" }
+                              << QByteArray("sound.mkv: has no video");
+    QTest::newRow("text") << QStringList { "verify", "%1/text.mkv" }
+                          << QByteArray("text.mkv: Invalid data found");
+    QTest::newRow("codec") << QStringList { "play", "%1/mpeg4.mkv" }
+                           << QByteArray("mpeg4.mkv: its video is mpeg4, which is none of h264, "
+                                         "h265, vp8 and vp9");
+    QTest::newRow("other codec") << QStringList { "play", "%1/in.mkv", "--codec", "vp8" }
+                                 << QByteArray("in.mkv: its video is h264, not vp8");
+    QTest::newRow("rate") << QStringList { "play", "%1/in.mkv", "--rate", "fast" }
+                          << QByteArray("--rate");
+    QTest::newRow("snapshot") << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/a.txt" }
+                              << QByteArray("does not end in a known image format");
+    QTest::newRow("container") << QStringList { "transcode", "%1/in.mkv", "%1/out.webm", "--codec",
+                                                "h264" }
+                               << QByteArray("WebM files cannot hold h264, only vp8 and vp9");
+    QTest::newRow("itself") << QStringList { "transcode", "%1/in.mkv", "%1/in.mkv", "--force" }
+                            << QByteArray("cannot be transcoded to itself");
+    QTest::newRow("no input") << QStringList { "transcode", "%1/none.mkv", "%1/out.mkv" }
+                              << QByteArray("none.mkv: No such file or directory");
+}
+
+void PlayToolTest::commands_refuseWhatCannotBe()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, error);
+    QVERIFY(PatternVideo().write(path("in.mkv")));
+    PatternVideo other;
+    other.options = QStringList { "-c:v", "mpeg4" };
+    QVERIFY(other.write(path("mpeg4.mkv")));
+    QFile text(path("text.mkv"));
+    QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no video") > 0);
+    text.close();
+    QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+                                           "anullsrc", "-t", "1", path("sound.mkv") }),
+             0);
+    const QStringList before = QDir(m_folder->path()).entryList(QDir::Files);
+    const ToolResult result = ToolProcess::run(arguments.replaceInStrings("%1", m_folder->path()));
+    QCOMPARE(result.exitCode, 2);
+    QCOMPARE(result.output, QByteArray());
+    QVERIFY2(result.errors.contains(error), result.errors.constData());
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), before);
+}
+
+void PlayToolTest::verify_findsNothing_inAGoodRecording_data()
+{
+    addCodecFiles();
+}
+
+void PlayToolTest::verify_findsNothing_inAGoodRecording()
+{
+    QFETCH(QString, codec);
+    QFETCH(QString, file);
+    QVERIFY(patternVideo(50).write(path("in.mkv")));
+    QCOMPARE(ToolProcess::run({ "encode", path("in.mkv"), path(file), "--codec", codec }).exitCode,
+             0);
+    const ToolResult result = ToolProcess::run({ "verify", path(file) });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QVERIFY2(result.output.contains(": 50 pictures in, 50 out, 0 lost; "), result.output);
+    QVERIFY2(result.output.contains("numbers 0 to 49: 50 read, 0 lost, 0 repeated, 0 reordered, "
+                                    "0 unreadable\n"),
+             result.output);
+}
+
+void PlayToolTest::verify_findsLostAndRepeatedPictures()
+{
+    // Leaves out 10 to 12 and shows 20 twice.
+    QVERIFY(patternVideo(40).write(path("whole.mkv")));
+    QCOMPARE(QProcess::execute("ffmpeg",
+                               { "-nostdin", "-loglevel", "error", "-i", path("whole.mkv"), "-vf",
+                                 "select='not(between(n,10,12))',loop=1:1:17,"
+                                 "setpts=N/30/TB",
+                                 "-c:v", "libx264", "-crf", "20", path("v.mkv") }),
+             0);
+    const ToolResult result = ToolProcess::run({ "verify", path("v.mkv"), "--json" });
+    QCOMPARE(result.exitCode, 1);
+    const QJsonObject pattern = object(result).value("pattern").toObject();
+    QCOMPARE(pattern.value("read").toInt(), 38);
+    QCOMPARE(pattern.value("lost").toInt(), 3);
+    QCOMPARE(pattern.value("repeated").toInt(), 1);
+    QCOMPARE(pattern.value("reordered").toInt(-1), 0);
+    QCOMPARE(pattern.value("unreadable").toInt(-1), 0);
+    const ToolResult text = ToolProcess::run({ "verify", path("v.mkv") });
+    QVERIFY2(text.output.contains("; missing are 10 to 12\n"), text.output);
+}
+
+void PlayToolTest::verify_refusesAVideoWithoutThePattern()
+{
+    QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+                                           "testsrc=s=320x240:r=30", "-t", "1", "-c:v", "libx264",
+                                           path("v.mkv") }),
+             0);
+    const ToolResult result = ToolProcess::run({ "verify", path("v.mkv") });
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(result.output, QByteArray());
+    QCOMPARE(result.errors,
+             QByteArray("ocelle: ") + path("v.mkv").toLocal8Bit() + ": shows no test pattern\n");
+}
+
+void PlayToolTest::transcode_losesNothing_data()
+{
+    addCodecFiles();
+}
+
+void PlayToolTest::transcode_losesNothing()
+{
+    QFETCH(QString, codec);
+    QFETCH(QString, file);
+    constexpr int Count = 100;
+    PatternVideo video = patternVideo(Count, { "-bf", "3" }); // in another order than shown
+    video.width = 326;
+    video.height = 246;
+    QVERIFY(video.write(path("in.mkv")));
+    const ToolResult result = ToolProcess::run({ "transcode", path("in.mkv"), path(file), "--codec",
+                                                 codec, "--bitrate", "500k", "--json" });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QCOMPARE(result.errors, QByteArray());
+    QCOMPARE(object(result).value("pictures").toInt(), Count);
+    QCOMPARE(object(result).value("dropped").toInt(-1), 0);
+    QCOMPARE(object(result).value("complete").toBool(), true);
+    const RecordedVideo written = RecordedVideo::read(path(file));
+    QCOMPARE(written.packets, Count);
+    QCOMPARE(written.size, QSize(326, 246));
+    for (int i = 0; i < Count; ++i) {
+        QCOMPARE(written.numbers.value(i, -2), i);
+        QVERIFY(qAbs(written.times.at(i) - qint64(i) * 100000 / 3) <= 1000);
+    }
+}
+
+void PlayToolTest::transcode_keepsTheTimes()
+{
+    const QString footage = QStringLiteral(OCELLE_MEDIA_DIR "/ship-cif.mkv");
+    if (!QFile::exists(footage))
+        QSKIP(qPrintable(QStringLiteral("There is no ") + footage));
+    const ToolResult result = ToolProcess::run({ "transcode", footage, path("out.mkv") });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QVERIFY2(result.output.contains("300 pictures, 12.00 s"), result.output.constData());
+    const RecordedVideo before = RecordedVideo::read(footage);
+    const RecordedVideo after = RecordedVideo::read(path("out.mkv"));
+    QCOMPARE(after.packets, 300);
+    double sum = 0; // decibels
+    for (int i = 0; i < 300; ++i) {
+        QCOMPARE(after.times.at(i), before.times.at(i) - before.times.at(0));
+        sum += psnr(before.pictures[std::size_t(i)], after.pictures[std::size_t(i)]);
+    }
+    QVERIFY2(sum / 300 > 32, qPrintable(QString::number(sum / 300)));
+}
+
+void PlayToolTest::transcode_endsWell_whenInterrupted()
+{
+    PatternVideo video = patternVideo(40);
+    video.width = 1280;
+    video.height = 720;
+    QVERIFY(video.write(path("short.mkv"))); // a long one is made of it
+    QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-stream_loop", "60",
+                                           "-i", path("short.mkv"), "-c", "copy", path("in.mkv") }),
+             0);
+    ToolProcess tool({ "transcode", path("in.mkv"), path("out.mp4"), "--json" }, "pattern");
+    QTRY_VERIFY(QFileInfo(path("out.mp4.part")).size() > 0);
+    tool.interrupt();
+    const ToolResult result = tool.finish();
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    const int pictures = object(result).value("pictures").toInt();
+    QVERIFY2(pictures > 0 && pictures < 2400, qPrintable(QString::number(pictures)));
+    const RecordedVideo written = RecordedVideo::read(path("out.mp4"));
+    QCOMPARE(written.packets, pictures);
+    for (int i = 0; i < pictures; ++i)
+        QCOMPARE(written.numbers.value(i, -2), i % 40);
+}
+
+void PlayToolTest::transcode_tellsOfPicturesThatChangeTheirSize()
+{
+    QVERIFY(patternVideo(30).write(path("a.h264")));
+    PatternVideo larger = patternVideo(30);
+    larger.width = 640;
+    larger.height = 480;
+    QVERIFY(larger.write(path("b.h264")));
+    QFile all(path("in.h264"));
+    QVERIFY(all.open(QIODevice::WriteOnly));
+    for (const char *name : { "a.h264", "b.h264" }) {
+        QFile part(path(name));
+        QVERIFY(part.open(QIODevice::ReadOnly));
+        all.write(part.readAll());
+    }
+    all.close();
+    const ToolResult result = ToolProcess::run({ "transcode", path("in.h264"), path("out.mkv") });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("the pictures change from 320x240 to 640x480"),
+             result.errors.constData());
+    QCOMPARE(RecordedVideo::read(path("out.mkv")).packets, 30); // what could be kept
+}
+
+QTEST_GUILESS_MAIN(PlayToolTest)
+#include "tst_playtool.moc"
