@@ -199,6 +199,22 @@ private slots:
         QCOMPARE(f.recorder.errors, QStringList());
     }
 
+    void drainBeforeTheDecoderCouldStart_isAnErrorForEachFrame()
+    {
+        DecodeServiceFixture f;
+        QVERIFY(f.activate());
+        f.script->drainGate.close();
+        f.control->drain();
+        QTRY_COMPARE(f.script->drainGate.waiting(), 1);
+        QVERIFY(f.control->start(streamSettings()));
+        QVERIFY(f.control->decode(testFrame(1)) && f.control->decode(testFrame(2)));
+        f.control->drain();
+        f.script->drainGate.open();
+        QTRY_COMPARE(f.recorder.errors, (QStringList { "3 Decoder error", "3 Decoder error" }));
+        QCOMPARE(calls("decoder 1").filter("decode(").size(), 1);
+        QCOMPARE(calls("decoder 2"), QStringList());
+    }
+
     void startOfNothing_isRefused()
     {
         DecodeServiceFixture f;
