@@ -2,12 +2,15 @@
 #include "gate.h"
 #include "ocelleworkerthread.h"
 
+#include <QEvent>
 #include <QTimer>
 #include <QtTest>
 
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <thread>
+#include <utility>
 
 namespace {
 
@@ -20,6 +23,28 @@ QStringList calls()
 {
     return CallLog::instance().texts();
 }
+
+class WorkEvent : public QEvent
+{
+public:
+    explicit WorkEvent(std::function<void()> work)
+        : QEvent(QEvent::User)
+        , m_work(std::move(work))
+    {
+    }
+
+    void work() const { m_work(); }
+
+private:
+    const std::function<void()> m_work;
+};
+
+/*! Does what its events say. */
+class Worker : public QObject
+{
+protected:
+    void customEvent(QEvent *event) override { static_cast<WorkEvent *>(event)->work(); }
+};
 
 /*! A worker on its thread, that does what the test asks for; its statuses are logged. */
 class ThreadFixture
@@ -44,7 +69,10 @@ public:
 
     void start() { thread.start(&worker); }
     /*! Has \a work done on the worker's thread, behind what was asked for before. */
-    void post(const std::function<void()> &work) { QMetaObject::invokeMethod(&worker, work); }
+    void post(std::function<void()> work)
+    {
+        QCoreApplication::postEvent(&worker, new WorkEvent(std::move(work)));
+    }
     void postStatus(int status)
     {
         post([this, status] {
@@ -53,7 +81,7 @@ public:
         });
     }
 
-    QObject worker;
+    Worker worker;
     OcelleWorkerThread thread;
 };
 
