@@ -1,16 +1,11 @@
+#include "encodedpictures.h"
 #include "encodingclient.h"
-#include "rawpicture.h"
 #include "unitdecoder.h"
 
 #include <QLoggingCategory>
-#include <QMediaServiceProviderPlugin>
 #include <QTest>
 #include <QVideoEncoderSettingsControl>
 #include <QVideoSurfaceFormat>
-
-#include <patternreader.h>
-
-#include <memory>
 
 /*! The encoder service with every real codec of this machine, as an application uses it. */
 class TestEncoder : public QObject
@@ -32,11 +27,6 @@ private slots:
     void rotationAndMirroring_areSeen();
     void changedRotation_keepsTheSinkAndLosesOnlyWhatIsQueued_data() { addCodecs(); }
     void changedRotation_keepsTheSinkAndLosesOnlyWhatIsQueued();
-    void twoHundredCycles_ofStartAndStop_data() { addCodecs(); }
-    void twoHundredCycles_ofStartAndStop();
-    void destruction_isHarmless_inEveryStatus_data();
-    void destruction_isHarmless_inEveryStatus();
-    void encodersOfAllCodecs_workSideBySide();
 
 private:
     void addCodecs() const;
@@ -47,103 +37,7 @@ private:
 
 namespace {
 
-constexpr int FootageRate = 30;       // pictures per second
-constexpr qint64 FramePeriod = 33333; // microseconds
-
-/*! A picture as applications have it, in memory of its own. */
-QVideoFrame videoFrame(const RawPicture &picture, qint64 time)
-{
-    const int luma = int(picture.y.size());
-    const int chroma = int(picture.cb.size());
-    QVideoFrame frame(luma + 2 * chroma, QSize(picture.width, picture.height), picture.width,
-                      QVideoFrame::Format_YUV420P);
-    frame.map(QAbstractVideoBuffer::WriteOnly);
-    std::copy(picture.y.begin(), picture.y.end(), frame.bits());
-    std::copy(picture.cb.begin(), picture.cb.end(), frame.bits() + luma);
-    std::copy(picture.cr.begin(), picture.cr.end(), frame.bits() + luma + chroma);
-    frame.unmap();
-    frame.setStartTime(time);
-    return frame;
-}
-
-QVideoFrame nv12Frame(const RawPicture &picture, qint64 time)
-{
-    const int luma = int(picture.y.size());
-    const int chroma = int(picture.cb.size());
-    QVideoFrame frame(luma + 2 * chroma, QSize(picture.width, picture.height), picture.width,
-                      QVideoFrame::Format_NV12);
-    frame.map(QAbstractVideoBuffer::WriteOnly);
-    std::copy(picture.y.begin(), picture.y.end(), frame.bits());
-    for (int i = 0; i < chroma; ++i) {
-        frame.bits()[luma + 2 * i] = picture.cb[std::size_t(i)];
-        frame.bits()[luma + 2 * i + 1] = picture.cr[std::size_t(i)];
-    }
-    frame.unmap();
-    frame.setStartTime(time);
-    return frame;
-}
-
-QVideoFrame rgbVideoFrame(const RawPicture &picture, qint64 time)
-{
-    const auto rgb = rgbFrame(picture, time);
-    QVideoFrame frame(rgb->stride * picture.height, QSize(picture.width, picture.height),
-                      rgb->stride, QVideoFrame::Format_RGB32);
-    frame.map(QAbstractVideoBuffer::WriteOnly);
-    std::copy(rgb->data, rgb->data + rgb->stride * picture.height, frame.bits());
-    frame.unmap();
-    frame.setStartTime(time);
-    return frame;
-}
-
-QVideoFrame patternFrame(int width, int height, int number)
-{
-    return videoFrame(RawPicture::pattern(width, height, std::uint32_t(number)),
-                      qint64(number) * FramePeriod);
-}
-
-/*! libavcodec's decoder for a MIME type. */
-std::string decoderName(const QString &codec)
-{
-    return codec == QLatin1String("video/h265") ? "hevc" : codec.mid(6).toStdString();
-}
-
-struct Reading
-{
-    int number = -1; // where none can be read
-    int rotation = 0;
-    bool mirrored = false;
-    QSize size;
-};
-
-Reading readingOf(const RawPicture &picture)
-{
-    Reading result;
-    result.size = QSize(picture.width, picture.height);
-    const auto found = Veltra::Ocelle::readPattern(picture.y.data(), picture.width, picture.width,
-                                                   picture.height);
-    if (found) {
-        result.number = int(found->sequence);
-        result.rotation = found->rotation;
-        result.mirrored = found->mirrored;
-    }
-    return result;
-}
-
-std::vector<RawPicture> decoded(const QString &codec, const QList<QPVEncodedVideoFrame> &units)
-{
-    UnitDecoder decoder(decoderName(codec));
-    std::vector<RawPicture> pictures;
-    const auto take = [&pictures](std::vector<RawPicture> more) {
-        for (RawPicture &picture : more)
-            pictures.push_back(std::move(picture));
-    };
-    for (const QPVEncodedVideoFrame &unit : units) {
-        const QByteArray data = unit.data();
-        take(decoder.decode({ data.begin(), data.end() }));
-    }
-    take(decoder.finish());
-    return pictures;
-}
+constexpr int FootageRate = 30; // pictures per second
 
 /*! Bits per second of the units \a from to \a to. */
 double bitRate(const QList<QPVEncodedVideoFrame> &units, int from, int to, int rate)
@@ -433,103 +327,6 @@ void TestEncoder::changedRotation_keepsTheSinkAndLosesOnlyWhatIsQueued()
     QCOMPARE(client.sink.calls().stops, 0);
     QVERIFY(client.stop());
     QCOMPARE(client.sink.calls().stops, 1);
-}
-
-void TestEncoder::twoHundredCycles_ofStartAndStop()
-{
-    QFETCH(QString, codec);
-    constexpr int Cycles = 200;
-    EncodingClient client;
-    const QVideoFrame frame = patternFrame(160, 120, 1);
-    for (int i = 0; i < Cycles; ++i) {
-        QVERIFY(client.start(EncodingClient::encoderSettings(codec, 200000), QSize(160, 120)));
-        QVERIFY(client.encode(frame));
-        QVERIFY2(client.waitForUnits(), qPrintable(QString::number(i)));
-        QVERIFY(client.stop());
-    }
-    QCOMPARE(client.errors, QStringList());
-    QCOMPARE(client.sink.calls().starts, Cycles);
-    QCOMPARE(client.sink.calls().finishes, Cycles);
-    QCOMPARE(client.sink.calls().lateUnits, 0);
-    for (const QPVEncodedVideoFrame &unit : client.sink.units())
-        QCOMPARE(unit.meta().frameType, QPVEncodedVideoFrame::KeyFrame);
-    QCOMPARE(client.statuses.size(), Cycles * 5);
-}
-
-void TestEncoder::destruction_isHarmless_inEveryStatus_data()
-{
-    QTest::addColumn<QString>("codec");
-    QTest::addColumn<QString>("status");
-    for (const QString &codec : qAsConst(m_codecs)) {
-        for (const char *status : { "unloaded", "requested", "starting", "encoding", "active",
-                                    "restarting", "stopping" })
-            QTest::newRow(qPrintable(QStringLiteral("%1 %2").arg(codec, status)))
-                    << codec << status;
-    }
-}
-
-void TestEncoder::destruction_isHarmless_inEveryStatus()
-{
-    QFETCH(QString, codec);
-    QFETCH(QString, status);
-    const QVideoFrame frame = patternFrame(320, 240, 1);
-    const QVideoEncoderSettings wanted = EncodingClient::encoderSettings(codec, 500000);
-    for (int round = 0; round < 5; ++round) {
-        auto client = std::make_unique<EncodingClient>();
-        if (status == "requested") {
-            client->settings->setVideoSettings(wanted);
-            QVERIFY(client->control->start(QVideoSurfaceFormat(frame.size(), frame.pixelFormat())));
-        } else if (status != "unloaded") {
-            QVERIFY(client->start(wanted, frame.size()));
-        }
-        if (status != "unloaded" && status != "requested" && status != "starting") {
-            QVERIFY(client->encode(frame));
-            if (status != "encoding")
-                QVERIFY(client->waitForUnits());
-            while (client->control->encode(frame)) {
-            } // until the queue is full
-        }
-        if (status == "restarting") {
-            QVideoEncoderSettings turned = wanted;
-            turned.setEncodingOption(QStringLiteral("rotate"), 180);
-            client->settings->setVideoSettings(turned);
-        }
-        if (status == "stopping")
-            client->control->stop();
-        const QStringList errors = client->errors;
-        const UnitSink::Calls calls = client->sink.calls();
-        EncodingClient::backend()->release(client->service);
-        client->service = nullptr;
-        // A sink that was started has been finished by then.
-        const int starts = client->sink.calls().starts;
-        QCOMPARE(client->sink.calls().stops, starts);
-        QCOMPARE(client->sink.calls().finishes, starts);
-        QVERIFY(starts >= calls.starts && starts <= 1);
-        QCOMPARE(client->sink.calls().lateUnits, 0);
-        QCOMPARE(errors, QStringList());
-    }
-}
-
-void TestEncoder::encodersOfAllCodecs_workSideBySide()
-{
-    std::vector<std::unique_ptr<EncodingClient>> clients;
-    for (const QString &codec : qAsConst(m_codecs)) {
-        clients.push_back(std::make_unique<EncodingClient>());
-        QVERIFY(clients.back()->start(EncodingClient::encoderSettings(codec, 300000),
-                                      QSize(320, 240)));
-    }
-    for (int i = 0; i < 30; ++i) {
-        for (const auto &client : clients)
-            QVERIFY(client->encode(patternFrame(320, 240, i)));
-    }
-    for (std::size_t i = 0; i < clients.size(); ++i) {
-        QVERIFY(clients[i]->waitForUnits());
-        const std::vector<RawPicture> pictures =
-                decoded(m_codecs.at(int(i)), clients[i]->sink.units());
-        QCOMPARE(int(pictures.size()), 30);
-        for (int number = 0; number < 30; ++number)
-            QCOMPARE(readingOf(pictures[std::size_t(number)]).number, number);
-    }
 }
 
 QTEST_GUILESS_MAIN(TestEncoder)
