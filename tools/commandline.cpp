@@ -1,16 +1,11 @@
 #include "commandline.h"
 
-#include "cameralist.h"
+#include "argumentchecks.h"
 #include "console.h"
-#include "frameimage.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QRegularExpression>
 
 #include <CLI/CLI.hpp>
-#include <limits>
 
 namespace Tool {
 namespace {
@@ -32,103 +27,11 @@ struct Words // as they come from the command line
     bool mirror = false;
     bool force = false;
     std::string playRate = "realtime";
+    bool check = false;
+    std::string pictures;
 };
 
-constexpr int MaxSide = 16384;    // pixels
-constexpr double MaxRate = 10000; // pictures per second
-constexpr int QuarterTurn = 90;   // degrees
-constexpr int FullTurn = 360;
-constexpr int MaxTurn = 100 * FullTurn;
-
-QSize sizeFrom(const std::string &text)
-{
-    static const QRegularExpression form(QStringLiteral("^([0-9]{1,5})[xX]([0-9]{1,5})$"));
-    const QRegularExpressionMatch match = form.match(QString::fromStdString(text));
-    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-    const bool sensible = size.width() > 0 && size.height() > 0 && size.width() <= MaxSide &&
-                          size.height() <= MaxSide;
-    return sensible ? size : QSize();
-}
-
-std::string sizeProblem(const std::string &text)
-{
-    return sizeFrom(text).isValid()
-                   ? std::string()
-                   : "\"" + text + "\" is not a size; write width x height in pixels, like 640x480";
-}
-
-std::string rateProblem(const std::string &text)
-{
-    bool isNumber = false;
-    const double rate = QString::fromStdString(text).toDouble(&isNumber);
-    return isNumber && rate > 0 && rate <= MaxRate
-                   ? std::string()
-                   : "\"" + text + "\" is not a number of pictures per second";
-}
-
-std::string framesProblem(const std::string &text)
-{
-    bool isNumber = false;
-    return QString::fromStdString(text).toLongLong(&isNumber) > 0 && isNumber
-                   ? std::string()
-                   : "\"" + text + "\" is not a number of pictures";
-}
-
-// Told before a long run, not after it.
-std::string snapshotProblem(const std::string &text)
-{
-    const QString path = QFile::decodeName(text.c_str());
-    const QFileInfo file(path);
-    if (!canSaveImage(path))
-        return "\"" + text + "\" does not end in a known image format, like .png";
-    if (!file.dir().exists())
-        return "the folder of \"" + text + "\" does not exist";
-    return {};
-}
-
-/*! Bits per second, "800000", "800k" or "1.5M"; 0 for anything else. */
-int bitRateFrom(const std::string &text)
-{
-    static const QRegularExpression form(
-            QStringLiteral("^([0-9]{1,12}(?:\\.[0-9]{1,6})?)([kM]?)$"));
-    const QRegularExpressionMatch match = form.match(QString::fromStdString(text));
-    const QString unit = match.captured(2);
-    const double factor = unit == QLatin1String("k") ? 1e3 : unit == QLatin1String("M") ? 1e6 : 1;
-    const double rate = match.captured(1).toDouble() * factor;
-    return rate >= 1 && rate <= std::numeric_limits<int>::max() ? qRound(rate) : 0;
-}
-
-std::string bitRateProblem(const std::string &text)
-{
-    return bitRateFrom(text) > 0
-                   ? std::string()
-                   : "\"" + text + "\" is not a number of bits per second, like 800000 or 800k";
-}
-
-std::string secondsProblem(const std::string &text)
-{
-    bool isNumber = false;
-    const double seconds = QString::fromStdString(text).toDouble(&isNumber);
-    return isNumber && seconds > 0 && seconds < 1e9 ? std::string()
-                                                    : "\"" + text + "\" is not a number of seconds";
-}
-
-std::string rotationProblem(const std::string &text)
-{
-    bool isNumber = false;
-    const int degrees = QString::fromStdString(text).toInt(&isNumber);
-    return isNumber && degrees % QuarterTurn == 0 && qAbs(degrees) <= MaxTurn
-                   ? std::string()
-                   : "\"" + text + "\" is not a rotation; there are 0, 90, 180 and 270 degrees";
-}
-
-std::string codecProblem(const std::string &text)
-{
-    return codecNamed(QString::fromStdString(text))
-                   ? std::string()
-                   : "\"" + text + "\" is not a codec; there are " +
-                             joined(codecNames()).toStdString();
-}
+constexpr int FullTurn = 360; // degrees
 
 void addSizeAndRate(CLI::App *command, Words *words)
 {
@@ -212,6 +115,15 @@ void addRecord(CLI::App *record, Words *words, bool *json)
     record->add_option("--seconds", words->seconds, "End after N seconds; else Ctrl-C ends it")
             ->type_name("N")
             ->check(CLI::Validator(secondsProblem, ""));
+    CLI::Option *const check = record->add_flag(
+            "--check", words->check,
+            "Decode what is recorded at once and compare it with what the camera showed");
+    record->add_option("--pictures", words->pictures,
+                       "Save the last compared pictures as PREFIX-camera.png, PREFIX-decoded.png "
+                       "and PREFIX-difference.png (eight times as strong)")
+            ->type_name("PREFIX")
+            ->check(CLI::Validator(folderProblem, ""))
+            ->needs(check);
     addEncoding(record, words, json);
 }
 
@@ -225,6 +137,8 @@ RecordOptions recordOptions(const CLI::App &record, const Words &words, bool jso
         options.rate = words.rate;
     if (record.count("--seconds") > 0)
         options.seconds = words.seconds;
+    options.check = words.check;
+    options.pictures = QFile::decodeName(words.pictures.c_str());
     options.encoding = encodingOptions(record, words);
     options.json = json;
     return options;

@@ -43,6 +43,8 @@ struct RecordOptions
     std::optional<QSize> size;     // pixels
     std::optional<double> rate;    // frames per second
     std::optional<double> seconds; // ends after that time
+    bool check = false;            // decodes what is recorded and compares it with what was seen
+    QString pictures;              // what the names of compared pictures begin with; empty for none
     EncodingOptions encoding;
     bool json = false;
 };

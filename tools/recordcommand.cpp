@@ -78,7 +78,9 @@ bool RecordCommand::prepare()
 {
     QString error;
     const auto settings = recordingSettings(m_options.encoding, &error);
-    if (settings) {
+    if (settings && m_options.check && (settings->rotation != 0 || settings->mirrored)) {
+        error = QStringLiteral("--check does not compare pictures that are turned or mirrored");
+    } else if (settings) {
         m_report.settings = *settings;
         m_info = findCamera(m_options.camera);
         if (m_info.isNull())
@@ -88,6 +90,10 @@ bool RecordCommand::prepare()
         if (QMediaServiceProviderPlugin *const backend = backendPlugin(&error)) {
             m_recording = std::make_unique<Recording>(backend);
             error = m_recording->problem(settings->codec);
+            if (error.isEmpty() && m_options.check) {
+                m_check = std::make_unique<LiveCheck>(backend);
+                error = m_check->problem(settings->codec);
+            }
         }
     }
     if (!error.isEmpty())
@@ -100,12 +106,23 @@ void RecordCommand::openCamera()
     connect(m_recording.get(), &Recording::started, this, &RecordCommand::startCamera);
     connect(m_recording.get(), &Recording::failed, this,
             [this](const QString &error) { finish(Failure, error); });
-    connect(
-            m_recording.get(), &Recording::ended, this, [] { QCoreApplication::exit(); },
-            Qt::QueuedConnection);
+    if (m_check) {
+        connect(m_recording.get(), &Recording::unitEncoded, m_check.get(), &LiveCheck::addUnit);
+        connect(m_recording.get(), &Recording::ended, m_check.get(), &LiveCheck::finish,
+                Qt::QueuedConnection);
+        connect(m_check.get(), &LiveCheck::failed, this,
+                [this](const QString &error) { finish(Failure, error); });
+    }
+    const auto exit = [] { QCoreApplication::exit(); };
+    if (m_check)
+        connect(m_check.get(), &LiveCheck::ended, this, exit, Qt::QueuedConnection);
+    else
+        connect(m_recording.get(), &Recording::ended, this, exit, Qt::QueuedConnection);
     m_camera = std::make_unique<QCamera>(m_info);
     connect(m_camera.get(), &QCamera::statusChanged, this, &RecordCommand::onCameraStatusChanged);
     connect(m_camera.get(), &QCamera::errorOccurred, this, &RecordCommand::onCameraError);
+    if (m_check)
+        m_camera->setViewfinder(m_check->preview());
     m_camera->load();
     onCameraStatusChanged(m_camera->status());
 }
@@ -140,7 +157,8 @@ void RecordCommand::startRecording()
     m_pictures->setSurface(&m_surface);
     m_report.settings.size = chosen->resolution();
     m_report.settings.rate = chosen->maximumFrameRate();
-    if (!m_recording->start(m_report.settings, &error))
+    if ((m_check && !m_check->start(m_report.settings.codec, m_report.settings.size, &error)) ||
+        !m_recording->start(m_report.settings, &error))
         finish(Failure, error);
 }
 
@@ -168,7 +186,8 @@ void RecordCommand::onPicture(const QVideoFrame &frame)
         return;
     }
     ++m_taken;
-    m_recording->encode(frame); // counts what it does not take
+    if (m_recording->encode(frame) && m_check) // counts what it does not take
+        m_check->addCameraPicture(frame);
 }
 
 void RecordCommand::onCameraError(QCamera::Error error)
@@ -268,10 +287,29 @@ int RecordCommand::close()
     }
     if (m_report.written.units == 0)
         return m_exitCode;
-    const bool isPrinted =
-            m_options.json ? printJson(QJsonDocument(toJson(m_report)), QJsonDocument::Compact)
-                           : printLine(toText(m_report));
-    return isPrinted ? m_exitCode : int(Failure);
+    const bool isGood = isChecked();
+    return printReport() && isGood ? m_exitCode : int(Failure);
+}
+
+bool RecordCommand::printReport()
+{
+    if (!m_options.json)
+        return printLine(toText(m_report)) && (!m_check || printLine(toText(m_check->result())));
+    QJsonObject json = toJson(m_report);
+    if (m_check)
+        json.insert(QStringLiteral("check"), toJson(m_check->result()));
+    return printJson(QJsonDocument(json), QJsonDocument::Compact);
+}
+
+/*! Whether all that was recorded was decoded, and the pictures that were asked for are saved. */
+bool RecordCommand::isChecked()
+{
+    if (!m_check)
+        return true;
+    QString error;
+    if (!m_options.pictures.isEmpty() && !m_check->savePictures(m_options.pictures, &error))
+        printError(error);
+    return error.isEmpty() && m_check->result().lost == 0;
 }
 
 } // namespace Tool

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commandline.h"
+#include "livecheck.h"
 #include "recording.h"
 #include "recordreport.h"
 #include "recordsurface.h"
@@ -53,11 +54,14 @@ private:
     void finish(int exitCode, const QString &error = QString());
     void closeCamera();
     int close();
+    bool printReport();
+    bool isChecked();
     qint64 dropped() const;
     QString gone() const; // what to say where the camera is no longer listed
 
     const RecordOptions m_options;
-    RecordSurface m_surface; // before the camera, which lets go of it
+    RecordSurface m_surface;            // before the camera, which lets go of it
+    std::unique_ptr<LiveCheck> m_check; // where it is asked for; the camera lets go of it, too
     std::unique_ptr<QCamera> m_camera;
     QCameraInfo m_info;
     QPVRawVideoSourceControl *m_pictures = nullptr; // the camera's

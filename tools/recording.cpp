@@ -53,6 +53,8 @@ Recording::Recording(QMediaServiceProviderPlugin *backend, QObject *parent)
     if (!m_control)
         return;
     connect(m_control, &QPVEncodeControl::statusChanged, this, &Recording::onStatusChanged);
+    connect(m_control, &QPVEncodeControl::encodedVideoFrame, this, &Recording::unitEncoded,
+            Qt::QueuedConnection);
     // The library's own words come before the back end's.
     connect(
             m_control, &QPVEncodeControl::error, this,

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QVideoFrame>
 
+#include <palaver/qpvencodedvideoframe.h>
 #include <palaver/qpvencoder.h>
 
 #include <memory>
@@ -66,6 +67,7 @@ public:
 signals:
     void started(); // pictures are welcome
     void unitWritten();
+    void unitEncoded(const QPVEncodedVideoFrame &unit);
     void failed(const QString &error);
     void ended();
 

@@ -16,6 +16,7 @@ private slots:
     void readsEveryOptionOfRecord();
     void recordLeavesTheRestToOthers();
     void readsEncode();
+    void recordReadsWhatToCheck();
     void readsEveryOptionOfPlay();
     void readsVerifyAndTranscode();
     void readsBitRates_data();
@@ -123,6 +124,17 @@ void CommandLineTest::readsEncode()
     QCOMPARE(line->encode.input, QStringLiteral("in.mkv"));
     QCOMPARE(line->encode.encoding.output, QStringLiteral("out.mp4"));
     QVERIFY(line->encode.encoding.codec == VideoCodec::H265);
+}
+
+void CommandLineTest::recordReadsWhatToCheck()
+{
+    int exitCode = 0;
+    const auto plain = parse({ "record", "--camera", "a", "b.mkv" }, &exitCode);
+    QVERIFY(plain.has_value() && !plain->record.check && plain->record.pictures.isEmpty());
+    const auto checked = parse(
+            { "record", "--camera", "a", "b.mkv", "--check", "--pictures", "/tmp/c" }, &exitCode);
+    QVERIFY(checked.has_value() && checked->record.check);
+    QCOMPARE(checked->record.pictures, QStringLiteral("/tmp/c"));
 }
 
 void CommandLineTest::readsEveryOptionOfPlay()

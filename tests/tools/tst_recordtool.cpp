@@ -1,7 +1,9 @@
 #include "recordedvideo.h"
 #include "toolprocess.h"
 
+#include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -17,6 +19,9 @@ private slots:
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
     void record_holdsTheCamerasPictures_data();
     void record_holdsTheCamerasPictures();
+    void record_decodesAtOnceWhatItRecords_data();
+    void record_decodesAtOnceWhatItRecords();
+    void record_doesNotCompareTurnedPictures();
     void record_tellsInWordsToo();
     void record_recordsFootage();
     void record_endsWell_whenInterrupted();
@@ -82,6 +87,57 @@ void RecordToolTest::record_holdsTheCamerasPictures()
         QVERIFY2(qAbs(video.times[i] - due) < 200000,
                  qPrintable(QStringLiteral("%1: %2").arg(i).arg(video.times[i] - due)));
     }
+}
+
+void RecordToolTest::record_decodesAtOnceWhatItRecords_data()
+{
+    record_holdsTheCamerasPictures_data();
+}
+
+void RecordToolTest::record_decodesAtOnceWhatItRecords()
+{
+    QFETCH(QString, codec);
+    const ToolResult result =
+            ToolProcess::run({ "record", "--camera", "pattern:back", "--size", "320x240", "--fps",
+                               "30", "--codec", codec, "--bitrate", "500k", "--seconds", "1",
+                               "--json", "--check", "--pictures", path("c"), path("out.mkv") });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    const QJsonObject report = QJsonDocument::fromJson(result.output).object();
+    const QJsonObject check = report.value("check").toObject();
+    const int pictures = report.value("pictures").toInt();
+    QVERIFY2(pictures >= 3, result.output.constData());
+    QCOMPARE(check.value("units").toInt(), pictures);
+    QCOMPARE(check.value("decoded").toInt(), pictures);
+    QCOMPARE(check.value("compared").toInt(), pictures);
+    QCOMPARE(check.value("undecoded").toInt(-1), 0);
+    QVERIFY(check.value("previewed").toInt() > 0);
+    QVERIFY2(check.value("lowest_psnr").toDouble() > 25, result.output.constData());
+    QVERIFY2(check.value("psnr").toDouble() > 30, result.output.constData());
+    const double latency = check.value("latency_mean_ms").toDouble();
+    QVERIFY2(latency > 0 && latency < 5000, result.output.constData());
+    QCOMPARE(RecordedVideo::read(path("out.mkv")).packets, pictures);
+
+    const QImage camera(path("c-camera.png"));
+    const QImage decoded(path("c-decoded.png"));
+    const QImage difference(path("c-difference.png"));
+    QCOMPARE(camera.size(), QSize(320, 240));
+    QCOMPARE(decoded.size(), camera.size());
+    for (int y = 0; y < camera.height(); ++y) {
+        for (int x = 0; x < camera.width(); ++x) {
+            const int far = qAbs(qRed(camera.pixel(x, y)) - qRed(decoded.pixel(x, y)));
+            QCOMPARE(qRed(difference.pixel(x, y)), qMin(255, 8 * far));
+        }
+    }
+}
+
+void RecordToolTest::record_doesNotCompareTurnedPictures()
+{
+    const ToolResult result = ToolProcess::run(
+            { "record", "--camera", "pattern:back", "--check", "--rotate", "90", path("out.mkv") });
+    QCOMPARE(result.exitCode, 2);
+    QCOMPARE(result.errors, QByteArray("ocelle: --check does not compare pictures that are turned "
+                                       "or mirrored\n"));
+    QVERIFY(QDir(m_folder->path()).isEmpty());
 }
 
 void RecordToolTest::record_tellsInWordsToo()

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QSize>
+
+#include <string>
+
+namespace Tool {
+
+QSize sizeFrom(const std::string &text);  // "640x480"; not valid for anything else
+int bitRateFrom(const std::string &text); // bits per second, "800000", "800k" or "1.5M"; else 0
+
+// What is wrong with an argument, for people; empty where nothing is.
+std::string sizeProblem(const std::string &text);
+std::string rateProblem(const std::string &text);
+std::string framesProblem(const std::string &text);
+std::string snapshotProblem(const std::string &text);
+std::string folderProblem(const std::string &text); // of a file's name
+std::string bitRateProblem(const std::string &text);
+std::string secondsProblem(const std::string &text);
+std::string rotationProblem(const std::string &text);
+std::string codecProblem(const std::string &text);
+
+} // namespace Tool
