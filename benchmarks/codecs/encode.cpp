@@ -11,7 +11,7 @@
 #include "codecmeter.h"
 #include "ocelleprovider.h"
 #include "rawpictures.h"
-#include "readyencoder.h"
+#include "readycodecmanager.h"
 
 #include <QAbstractVideoBuffer>
 #include <QCoreApplication>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <ocelle/codecmanager.h>
 #include <ocelle/videoencoder.h>
 
 #include <vector>
@@ -24,18 +23,4 @@ public:
 
 private:
     std::vector<unsigned char> m_unit = std::vector<unsigned char>(4000);
-};
-
-/*! Offers ready encoders of H.264. */
-class ReadyCodecManager : public Veltra::Ocelle::CodecManager
-{
-public:
-    bool prepare() override { return true; }
-    bool isEncoderSupported(Veltra::Ocelle::CodecType type, bool) override;
-    bool isDecoderSupported(Veltra::Ocelle::CodecType, bool) override { return false; }
-    std::shared_ptr<Veltra::Ocelle::VideoEncoder> createVideoEncoder(Veltra::Ocelle::CodecType,
-                                                                     int) override;
-    std::shared_ptr<Veltra::Ocelle::VideoDecoder> createVideoDecoder(Veltra::Ocelle::CodecType,
-                                                                     int) override;
-    std::vector<Veltra::Ocelle::VideoCodecInfo> getVideoCodecs() override;
 };
