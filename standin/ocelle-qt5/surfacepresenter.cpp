@@ -164,38 +164,34 @@ void SurfacePresenter::work()
     }
     // All that waits, so that pictures delivered before a stop() in an event of this thread are
     // shown before it; but no more than can wait, since other events have to get their turn.
-    const Self self(this);
-    bool more = true;
-    for (int i = 0; more && !m_retired && i < PictureQueue::Capacity; ++i) {
+    int left = PictureQueue::Capacity;
+    bool more;
+    do {
         const PictureMailbox::Task task = m_mailbox->take(this);
         if (!task.current)
-            break;
+            return;
+        const Self self(this);
         m_busy = true;
-        workOn(task, self);
+        for (const QString &report : std::as_const(task.reports))
+            qCWarning(lcVideoOutput).noquote() << report;
+        if (self && task.stopSurface) {
+            onSupportedFormatsChanged();
+            stopSurface();
+        }
+        if (self && task.present) {
+            const Outcome outcome = present(task, self);
+            if (self)
+                count(outcome);
+        }
         if (!self)
             return;
         m_busy = false;
         more = task.more;
-    }
+    } while (more && !m_retired && --left > 0);
     if (std::exchange(m_wokenBusy, false) || more)
         m_mailbox->wakeAgain(this);
     if (m_retired)
         deleteLater();
-}
-
-void SurfacePresenter::workOn(const PictureMailbox::Task &task, const Self &self)
-{
-    for (const QString &report : std::as_const(task.reports))
-        qCWarning(lcVideoOutput).noquote() << report;
-    if (self && task.stopSurface) {
-        onSupportedFormatsChanged();
-        stopSurface();
-    }
-    if (self && task.present) {
-        const Outcome outcome = present(task, self);
-        if (self)
-            count(outcome);
-    }
 }
 
 SurfacePresenter::Outcome SurfacePresenter::present(const PictureMailbox::Task &task,

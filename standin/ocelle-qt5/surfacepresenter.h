@@ -72,7 +72,6 @@ private:
 
     void attach();
     void leaveWaker();
-    void workOn(const PictureMailbox::Task &task, const Self &self);
     void count(Outcome outcome);
     Outcome present(const PictureMailbox::Task &task, const Self &self);
     bool isPresentable(const GraphicBuffer &buffer);
