@@ -1,9 +1,8 @@
-#include <QThread>
 #include <QtTest>
 
 #include <palaver/qpvencodedvideoframe.h>
 
-#include <memory>
+#include <thread>
 
 using MetaData = QPVEncodedVideoFrame::MetaData;
 
@@ -118,10 +117,9 @@ private slots:
     {
         const QVariant variant = QVariant::fromValue(frame("payload"));
         QByteArray bytes;
-        const std::unique_ptr<QThread> thread(QThread::create(
-                [variant, &bytes] { bytes = variant.value<QPVEncodedVideoFrame>().data(); }));
-        thread->start();
-        QVERIFY(thread->wait());
+        std::thread thread(
+                [variant, &bytes] { bytes = variant.value<QPVEncodedVideoFrame>().data(); });
+        thread.join();
         QCOMPARE(bytes, QByteArray("payload"));
     }
 
