@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <ctime>
 #include <thread>
 
 namespace {
@@ -71,6 +70,18 @@ void ScriptedV4l2System::setControl(std::uint32_t id, std::int32_t value)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_controls[id] = value;
+}
+
+void ScriptedV4l2System::setAge(std::chrono::microseconds age)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_age = age;
+}
+
+void ScriptedV4l2System::stallWait(std::chrono::milliseconds time)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_stall = time;
 }
 
 void ScriptedV4l2System::breakDown(int error)
@@ -321,13 +332,15 @@ int ScriptedV4l2System::dequeue(v4l2_buffer &buffer)
     m_filled.pop_front();
     if (m_filled.empty())
         m_ready.drain();
-    timespec now;
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    const std::chrono::microseconds stamp =
+            std::chrono::duration_cast<std::chrono::microseconds>(
+                    std::chrono::steady_clock::now().time_since_epoch()) -
+            m_age;
     buffer.index = filled.index;
     buffer.bytesused = filled.size;
     buffer.sequence = filled.sequence;
     buffer.flags = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
-    buffer.timestamp = { now.tv_sec, now.tv_nsec / 1000 };
+    buffer.timestamp = { stamp.count() / 1000000, stamp.count() % 1000000 };
     return 0;
 }
 

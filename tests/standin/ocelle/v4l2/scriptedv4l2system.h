@@ -43,6 +43,10 @@ public:
     /*! What it makes of the rate that is asked for, as in the dark. */
     void setInterval(v4l2_fract interval);
     void setControl(std::uint32_t id, std::int32_t value);
+    /*! How long before a picture comes its timestamp is; negative: after that. */
+    void setAge(std::chrono::microseconds age);
+    /*! The next wait for a picture, as of a program that was stopped meanwhile. */
+    void stallWait(std::chrono::milliseconds time);
     /*! Streams and whatever is asked of an open device fail with \a error, as if unplugged. */
     void breakDown(int error);
     /*! Puts a picture into the next queued buffer; false where none is queued within that time. */
@@ -102,6 +106,8 @@ private:
     std::uint32_t m_capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     v4l2_fract m_interval { 1, 30 };
     int m_opens = 0;
+    std::chrono::microseconds m_age { 0 };
+    std::chrono::milliseconds m_stall { 0 };
     int m_waits = 0;
     std::vector<int> m_open;
     std::map<void *, Mapping> m_mappings;

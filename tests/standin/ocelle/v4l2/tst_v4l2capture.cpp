@@ -37,6 +37,7 @@ private slots:
     void cleanup() { end(); }
     void pictures_comeUncopied_andTheirBuffersGoBack();
     void laterPictures_areDueBeforeTheyCome();
+    void pictures_haveTheDriversTime_butNoneToCome();
     void slowFirstPicture_doesNotHoldBackTheOthers();
     void buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder();
     void failingCall_isOneSentence_andTheNextStartWorks_data();
@@ -87,6 +88,29 @@ void TestV4l2Capture::laterPictures_areDueBeforeTheyCome()
     QVERIFY(second - first <= passed - Milliseconds(5));
     const auto third = next();
     QVERIFY(third > second);
+}
+
+void TestV4l2Capture::pictures_haveTheDriversTime_butNoneToCome()
+{
+    const auto now = [] {
+        return std::chrono::duration_cast<std::chrono::microseconds>(
+                std::chrono::steady_clock::now().time_since_epoch());
+    };
+    constexpr std::chrono::seconds age { 100 };
+    open(V4L2_PIX_FMT_NV12);
+    m_system->setAge(age);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    auto began = now();
+    QVERIFY(deliverUntilSeen(grey(1)));
+    const std::chrono::microseconds early(m_listener->stamps().back().timestamp);
+    QVERIFY(early >= began - age && early <= now() - age);
+
+    // Some drivers tell when the picture would have ended.
+    m_system->setAge(-age);
+    began = now();
+    QVERIFY(deliverUntilSeen(grey(1)));
+    const std::chrono::microseconds late(m_listener->stamps().back().timestamp);
+    QVERIFY(late >= began && late <= now());
 }
 
 void TestV4l2Capture::slowFirstPicture_doesNotHoldBackTheOthers()
