@@ -131,7 +131,8 @@ bool V4l2Producer::waitForPicture()
     const auto began = Clock::now();
     const V4l2System::Wait result = m_stream->wait(m_wakeUp.descriptor(), LongestWait);
     m_arrived = Clock::now();
-    m_waited += m_arrived - began;
+    // Not what is beyond: then it was this program that was stopped or had no processor.
+    m_waited += std::min<Clock::duration>(m_arrived - began, LongestWait);
     switch (result) {
     case V4l2System::Wait::Woken:
         m_wakeUp.drain();

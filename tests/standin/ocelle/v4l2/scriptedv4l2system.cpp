@@ -150,6 +150,12 @@ int ScriptedV4l2System::waits() const
     return m_waits;
 }
 
+bool ScriptedV4l2System::isStalled() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_stall.count() != 0;
+}
+
 std::vector<std::string> ScriptedV4l2System::misuses() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -226,7 +232,12 @@ Veltra::Ocelle::V4l2System::Wait ScriptedV4l2System::wait(int, int wakeUp,
 {
     pollfd waited[] = { { m_ready.descriptor(), POLLIN, 0 }, { wakeUp, POLLIN, 0 } };
     ::poll(waited, 2, int(timeout.count()));
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const std::chrono::milliseconds stall = m_stall;
+    lock.unlock();
+    std::this_thread::sleep_for(stall);
+    lock.lock();
+    m_stall -= stall;
     ++m_waits;
     if (waited[1].revents)
         return Wait::Woken;

@@ -59,7 +59,8 @@ public:
     bool isStreaming() const;
     std::size_t queuedNow() const; // buffers that the driver may fill
     int calls(unsigned long request) const;
-    int waits() const; // for a picture, that have ended
+    int waits() const;      // for a picture, that have ended
+    bool isStalled() const; // or is going to be
     std::vector<std::string> misuses() const;
 
     int open(const std::string &node) override;

@@ -15,6 +15,7 @@ private slots:
     void silenceAfterPictures_isAnError();
     void silence_isNoError_whereThereIsNoWatchdog();
     void silence_isNoError_betweenThePicturesOfASlowDevice();
+    void timeThatTheProgramWasStopped_isNoSilence();
     void damagedPicturesOnly_areAnError();
 };
 
@@ -69,6 +70,18 @@ void TestV4l2Watchdog::silence_isNoError_betweenThePicturesOfASlowDevice()
     }
     QVERIFY(m_listener->errors().empty());
     QVERIFY(m_camera->captureStarted());
+}
+
+void TestV4l2Watchdog::timeThatTheProgramWasStopped_isNoSilence()
+{
+    constexpr Milliseconds patience { 1000 };
+    open(V4L2_PIX_FMT_NV12, { std::chrono::hours(1), patience });
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(1)));
+    m_system->stallWait(patience + Milliseconds(200));
+    QTRY_VERIFY(!m_system->isStalled());
+    QVERIFY(deliverUntilSeen(grey(1)));
+    QVERIFY(m_listener->errors().empty());
 }
 
 void TestV4l2Watchdog::damagedPicturesOnly_areAnError()
