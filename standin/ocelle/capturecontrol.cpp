@@ -55,6 +55,11 @@ void CaptureControl::setListener(CameraListener *listener)
 
 void CaptureControl::unplug()
 {
+    unplug("Camera " + quotedName() + " was unplugged");
+}
+
+void CaptureControl::unplug(const std::string &error)
+{
     std::shared_ptr<CaptureRun> run;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -62,7 +67,7 @@ void CaptureControl::unplug()
         run = m_run;
     }
     if (run)
-        run->fail("Camera " + quotedName() + " was unplugged");
+        run->fail(error);
 }
 
 bool CaptureControl::isOffered(const CameraCapability &capability) const

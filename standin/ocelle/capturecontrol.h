@@ -47,6 +47,8 @@ public:
 
     /*! Ends a capture with an error and lets no other one begin. Does not wait. */
     void unplug();
+    /*! The same, with the source's own words for the error. */
+    void unplug(const std::string &error);
 
     const CameraDescription &description() const { return m_description; }
 

@@ -276,10 +276,11 @@ bool V4l2Source::list()
             continue;
         for (const std::weak_ptr<CaptureControl> &opened : device.opened) {
             if (const std::shared_ptr<CaptureControl> control = opened.lock())
-                control->unplug();
+                control->unplug(trouble.sentence(displayName(device.node), device.node.node, {}));
         }
     }
     return isChanged && isNews;
+        const V4l2Trouble trouble { "stopped", ENODEV, {} }; // as the driver tells
 }
 
 V4l2Source::Devices V4l2Source::collect(const Devices &before)
