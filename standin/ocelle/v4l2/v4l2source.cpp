@@ -27,6 +27,12 @@ bool isSameNode(const VideoNode &a, const VideoNode &b)
     return a.sysPath == b.sysPath && a.plugged == b.plugged;
 }
 
+bool contains(const std::vector<VideoNode> &nodes, const VideoNode &node)
+{
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [&node](const VideoNode &other) { return isSameNode(other, node); });
+}
+
 std::string formatsText(const std::vector<std::uint32_t> &fourccs)
 {
     std::string text;
@@ -274,13 +280,13 @@ bool V4l2Source::list()
     for (const Device &device : before) {
         if (find(now, device.node))
             continue;
+        const V4l2Trouble trouble { "stopped", ENODEV, {} }; // as the driver tells
         for (const std::weak_ptr<CaptureControl> &opened : device.opened) {
             if (const std::shared_ptr<CaptureControl> control = opened.lock())
                 control->unplug(trouble.sentence(displayName(device.node), device.node.node, {}));
         }
     }
     return isChanged && isNews;
-        const V4l2Trouble trouble { "stopped", ENODEV, {} }; // as the driver tells
 }
 
 V4l2Source::Devices V4l2Source::collect(const Devices &before)
@@ -289,6 +295,10 @@ V4l2Source::Devices V4l2Source::collect(const Devices &before)
     Devices added;
     Devices known = before;
     std::vector<VideoNode> nodes = m_nodes->list();
+    m_refused.erase(
+            std::remove_if(m_refused.begin(), m_refused.end(),
+                           [&nodes](const VideoNode &node) { return !contains(nodes, node); }),
+            m_refused.end());
     std::sort(nodes.begin(), nodes.end(),
               [](const VideoNode &a, const VideoNode &b) { return pathId(a) < pathId(b); });
     for (VideoNode &node : nodes) {
@@ -310,10 +320,10 @@ V4l2Source::Devices V4l2Source::collect(const Devices &before)
 }
 
 /*! Whether to offer \a device, asking it where udev does not tell enough. */
-bool V4l2Source::isCamera(Device &device) const
+bool V4l2Source::isCamera(Device &device)
 {
     const auto told = nodeKind(device.node.property("ID_V4L_CAPABILITIES"));
-    if (told && told != NodeKind::Capture)
+    if ((told && told != NodeKind::Capture) || contains(m_refused, device.node))
         return false;
     if (told && !mayTellMounting(device.node))
         return true;
@@ -322,8 +332,10 @@ bool V4l2Source::isCamera(Device &device) const
             queryDevice(OpenDevice(m_system, device.node.node), trouble);
     if (!answers) // opening it will tell what the matter is
         return told && !trouble.isGone();
-    if (answers->kind != NodeKind::Capture || answers->modes.empty())
+    if (answers->kind != NodeKind::Capture || answers->modes.empty()) {
+        m_refused.push_back(device.node);
         return false;
+    }
     device.answers = std::make_shared<DeviceAnswers>(std::move(*answers));
     return true;
 }

@@ -74,7 +74,7 @@ private:
     bool waitForChange();
     bool list();
     Devices collect(const Devices &before);
-    bool isCamera(Device &device) const;
+    bool isCamera(Device &device);
     void noteSharedSerials(const Devices &added, const Devices &others);
     std::string idFor(const VideoNode &node, const Devices &others);
 
@@ -83,6 +83,7 @@ private:
     const V4l2Producer::Patience m_patience;
     const WakeUp m_quit;
     std::function<void()> m_changed;
+    std::vector<VideoNode> m_refused;      // that answered that they are no cameras; its own thread
     std::set<std::string> m_sharedSerials; // that several devices have; its own thread
     std::map<std::pair<std::string, std::string>, std::string>
             m_ids; // given so far, by serial number and place; its own thread

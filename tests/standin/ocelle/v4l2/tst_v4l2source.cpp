@@ -27,6 +27,8 @@ private slots:
     void listing_opensNoDeviceThatUdevKnows();
     void listing_asksBuiltInCamerasOnce();
     void listing_asksOnce_whereUdevTellsNothing();
+    void listing_asksOnce_whatIsNoCamera();
+    void burstOfEvents_isOneListing_andOneThatDoesNotEndIsLookedAt();
     void listingThatTookTooLong_isAChange();
     void equalSerials_getThePlaceBesides_andKeepTheirIds();
     void serialThatTurnsOutShared_keepsTheIdItWasGiven();
@@ -160,6 +162,48 @@ void TestV4l2Source::listing_asksOnce_whereUdevTellsNothing()
     QCOMPARE(m_source->cameras().size(), std::size_t(1));
     QVERIFY(m_source->cameras().front().formats == std::vector<PixelFormat> { PixelFormat::NV12 });
     QCOMPARE(m_system->opens(), 1);
+}
+
+void TestV4l2Source::listing_asksOnce_whatIsNoCamera()
+{
+    VideoNode node = webcam("/dev/video0");
+    node.properties.erase("ID_V4L_CAPABILITIES");
+    m_system->setCapabilities(V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING);
+    list({ node });
+    QVERIFY(m_source->cameras().empty());
+    QCOMPARE(m_system->opens(), 1);
+    m_plugged->set({ node, webcam("/dev/video1", "0002") });
+    QTRY_COMPARE(m_source->cameras().size(), std::size_t(1));
+    QCOMPARE(m_system->opens(), 1);
+
+    // Plugged in again it may be something else.
+    m_system->setCapabilities(V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING);
+    node.plugged = 2;
+    m_plugged->set({ node, webcam("/dev/video1", "0002") });
+    QTRY_COMPARE(m_source->cameras().size(), std::size_t(2));
+    QCOMPARE(m_system->opens(), 2);
+}
+
+void TestV4l2Source::burstOfEvents_isOneListing_andOneThatDoesNotEndIsLookedAt()
+{
+    constexpr int events = 100;
+    list({});
+    QVERIFY(m_source->cameras().empty());
+    int before = m_plugged->listings;
+    for (int i = 0; i < events; ++i)
+        m_plugged->set(i % 2 ? std::vector<VideoNode> { webcam("/dev/video0") }
+                             : std::vector<VideoNode>());
+    QTRY_COMPARE(m_source->cameras().size(), std::size_t(1));
+    // One, if this thread was not held up in between.
+    QVERIFY(m_plugged->listings - before < events / 10);
+
+    before = m_plugged->listings;
+    m_plugged->set({});
+    const auto isListed = [&] {
+        m_plugged->event.wake();
+        return m_plugged->listings > before;
+    };
+    QVERIFY(QTest::qWaitFor(isListed)); // which tries every few milliseconds
 }
 
 void TestV4l2Source::listingThatTookTooLong_isAChange()
