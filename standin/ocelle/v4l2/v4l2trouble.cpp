@@ -58,8 +58,10 @@ std::string reasonAndRemedy(const V4l2Trouble &trouble, const std::string &node,
                "other cameras, or plug it into another port";
     case ENODEV:
     case ENXIO:
-    case ENOENT:
         return "it was unplugged; plug it in again and open it anew";
+    case ENOENT:
+        return "there is no such node; it was unplugged, or this is a container that was not given "
+               "it";
     case EIO:
         return "the device or its driver failed; start it anew, and if that does not help unplug "
                "it and plug it in again";
