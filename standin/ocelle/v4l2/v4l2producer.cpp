@@ -163,9 +163,9 @@ bool V4l2Producer::takePicture()
             std::chrono::duration_cast<std::chrono::microseconds>(m_arrived.time_since_epoch());
     countSequence(picture.sequence);
     m_meter->add(picture.timestamp >= 0 ? picture.timestamp : arrived.count());
-    m_current = picture;
     // Some drivers tell when the picture's time would have ended, but it was taken before it came.
     picture.timestamp = std::min<std::int64_t>(picture.timestamp, arrived.count());
+    m_current = picture;
     if (!picture.isDamaged)
         return true;
     ++m_damaged;

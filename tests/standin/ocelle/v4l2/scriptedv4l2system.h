@@ -106,9 +106,9 @@ private:
     std::map<std::uint32_t, std::int32_t> m_controls;
     std::uint32_t m_capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING;
     v4l2_fract m_interval { 1, 30 };
-    int m_opens = 0;
     std::chrono::microseconds m_age { 0 };
     std::chrono::milliseconds m_stall { 0 };
+    int m_opens = 0;
     int m_waits = 0;
     std::vector<int> m_open;
     std::map<void *, Mapping> m_mappings;
