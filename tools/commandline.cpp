@@ -236,7 +236,8 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     app.require_subcommand(1);
     app.footer("Exit codes: 0 all went well, 1 something failed, 2 the command was wrong.\n"
                "OCELLE_CAMERAS says which cameras there are: a comma-separated list of\n"
-               "v4l2, pattern, file:PATH and dir:PATH.");
+               "v4l2, pattern, file:PATH and dir:PATH. OCELLE_V4L2_WATCHDOG=off lets V4L2\n"
+               "devices be silent for long, as those do that wait for a trigger.");
 
     CommandLine result;
     Words words;
