@@ -87,6 +87,7 @@ void TestV4l2Device::secondOpen_isRefusedWithAReason_whileItStreams()
 {
     const auto source = makeSource();
     const auto camera = source->open(FirstId);
+    QVERIFY(camera);
     RecordingListener listener;
     camera->setListener(&listener);
     QVERIFY(camera->startCapture(Small, 255));

@@ -225,6 +225,7 @@ void TestV4l2Pictures::damagedPictures_areDroppedAndCounted()
     QVERIFY(device.set("Percentage of Dropped Buffers", 30));
     const auto source = makeSource();
     const auto camera = source->open(FirstId);
+    QVERIFY(camera);
     RecordingListener listener;
     camera->setListener(&listener);
     const auto counters = CameraCounters::forCamera(FirstId);

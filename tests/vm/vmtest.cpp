@@ -26,6 +26,8 @@ void makeReady()
     QCOMPARE(mappedVideoNodes(), 0);
     if (VividDevice::nodeOf(0).empty())
         QVERIFY(VividDevice::plug());
+    // Until then udev may tell of the camera that went, and take that back.
+    QVERIFY(VividDevice::settle());
     QTRY_VERIFY_WITH_TIMEOUT(idsOf(*makeSource()).size() == 2, 30000);
 }
 
