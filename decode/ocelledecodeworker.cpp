@@ -47,10 +47,10 @@ bool OcelleDecodeWorker::start(std::shared_ptr<Veltra::Ocelle::VideoDecoder> dec
 bool OcelleDecodeWorker::enqueue(const QPVEncodedVideoFrame &frame)
 {
     QMutexLocker locker(&m_mutex);
-    if (m_queue.size() >= m_depth || m_flushing)
+    if (queued() >= m_depth || m_flushing)
         return false;
-    m_queue.append(frame);
-    if (m_queue.size() == 1)
+    m_queue.push_back(frame);
+    if (queued() == 1)
         QCoreApplication::postEvent(this, new QEvent(FramesWaiting));
     return true;
 }
@@ -119,9 +119,9 @@ void OcelleDecodeWorker::setThreshold(int threshold)
     {
         QMutexLocker locker(&m_mutex);
         m_threshold = threshold;
-        if (m_threshold <= m_queue.size())
+        if (m_threshold <= queued())
             return;
-        room = m_depth - m_queue.size();
+        room = m_depth - queued();
     }
     emitNeedData(room);
 }
@@ -143,7 +143,7 @@ void OcelleDecodeWorker::start()
 
 void OcelleDecodeWorker::stop()
 {
-    QList<QPVEncodedVideoFrame> discarded; // go with no lock held
+    Queue discarded; // goes with no lock held
     bool discard;
     {
         QMutexLocker locker(&m_mutex);
@@ -163,25 +163,9 @@ void OcelleDecodeWorker::stop()
 void OcelleDecodeWorker::decode()
 {
     for (;;) {
-        int before;
-        int mark;
-        {
-            QMutexLocker locker(&m_mutex);
-            if (m_queue.isEmpty() || m_flushing)
-                return;
-            before = m_queue.size();
-            mark = m_threshold;
-        }
-        const QPVEncodedVideoFrame frame = dequeue();
-        int room;
-        bool isLow;
-        {
-            QMutexLocker locker(&m_mutex);
-            isLow = mark <= before && m_threshold > m_queue.size();
-            room = m_depth - m_queue.size();
-        }
-        if (isLow)
-            emitNeedData(room);
+        QPVEncodedVideoFrame frame;
+        if (!takeFrame(&frame))
+            return;
         if (!m_decoder.decode(frame)) {
             m_session->setError(QPVDecoder::DecodeError, QStringLiteral("Decoder error"));
             qCWarning(qLcDecode) << "The decoder rejected the frame" << frame;
@@ -189,10 +173,42 @@ void OcelleDecodeWorker::decode()
     }
 }
 
+/*!
+ * Takes the oldest frame, unless there is none or all are to be discarded; asks for more where there
+ * are few left now.
+ */
+bool OcelleDecodeWorker::takeFrame(QPVEncodedVideoFrame *frame)
+{
+    int room;
+    {
+        QMutexLocker locker(&m_mutex);
+        if (m_queue.empty() || m_flushing)
+            return false;
+        const int before = queued();
+        *frame = m_queue.front();
+        m_queue.pop_front();
+        if (before < m_threshold || queued() >= m_threshold)
+            return true;
+        room = m_depth - queued();
+    }
+    emitNeedData(room);
+    return true;
+}
+
+/*! With the mutex held. */
+int OcelleDecodeWorker::queued() const
+{
+    return static_cast<int>(m_queue.size());
+}
+
 QPVEncodedVideoFrame OcelleDecodeWorker::dequeue()
 {
     QMutexLocker locker(&m_mutex);
-    return m_queue.isEmpty() ? QPVEncodedVideoFrame() : m_queue.takeFirst();
+    if (m_queue.empty())
+        return {};
+    const QPVEncodedVideoFrame frame = m_queue.front();
+    m_queue.pop_front();
+    return frame;
 }
 
 bool OcelleDecodeWorker::event(QEvent *event)

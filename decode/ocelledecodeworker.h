@@ -2,7 +2,6 @@
 
 #include "ocelledecoder.h"
 
-#include <QList>
 #include <QMutex>
 #include <QObject>
 #include <QVideoEncoderSettings>
@@ -10,6 +9,7 @@
 #include <palaver/qpvencodedvideoframe.h>
 
 #include <atomic>
+#include <deque>
 #include <memory>
 
 class OcelleDecodeSession;
@@ -76,12 +76,14 @@ private slots:
     void applyState();
 
 private:
+    using Queue = std::deque<QPVEncodedVideoFrame>; // makes no room for each frame anew
+
     /*! What a start takes with it. */
     struct Launch
     {
         std::shared_ptr<Veltra::Ocelle::VideoDecoder> decoder;
         QVideoEncoderSettings settings;
-        QList<QPVEncodedVideoFrame> discarded; // go with no lock held
+        Queue discarded; // goes with no lock held
     };
 
     Launch takeLaunch();
@@ -89,13 +91,15 @@ private:
     void changeRequest(bool run, bool discard);
     void queueApplyState();
     void emitNeedData(int room);
+    bool takeFrame(QPVEncodedVideoFrame *frame);
+    int queued() const;
 
     OcelleDecoder m_decoder;
     OcelleDecodeSession *const m_session; // not owned, outlives the worker's thread
     std::atomic<bool> m_silenced { false };
 
-    mutable QMutex m_mutex;              // guards all below; never held while calling out
-    QList<QPVEncodedVideoFrame> m_queue; // oldest first, at most m_depth
+    mutable QMutex m_mutex; // guards all below; never held while calling out
+    Queue m_queue;          // oldest first, at most m_depth
     int m_depth = 20;
     int m_threshold = 0;     // low-water mark: below it, needData()
     bool m_flushing = false; // what is queued is to be discarded, and nothing taken
