@@ -27,10 +27,10 @@ int main(int argc, char *argv[])
     CountingSurface surface([&] { meter.count(); });
     QMediaPlayer player;
     player.setVideoOutput(&surface);
+    meter.start(); // it begins to read as soon as it knows what
     player.setMedia(QUrl(QStringLiteral("gst-pipeline: ") + arguments[1]));
     QObject::connect(&player, QOverload<QMediaPlayer::Error>::of(&QMediaPlayer::error),
                      [&] { std::fprintf(stderr, "%s\n", qPrintable(player.errorString())); });
-    meter.start();
     player.play();
     if (!meter.run())
         return 1;
