@@ -49,6 +49,8 @@ SurfacePresenter::SurfacePresenter(const std::shared_ptr<PictureMailbox> &mailbo
 
 SurfacePresenter::~SurfacePresenter()
 {
+    for (Self *self = m_self; self; self = self->m_outer)
+        self->m_presenter = nullptr;
     if (m_mailbox->forget(this))
         StatisticsRegistry::instance().remove(m_surfaceKey, m_mailbox.get());
     if (m_waker)

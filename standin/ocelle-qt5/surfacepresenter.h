@@ -13,6 +13,7 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace Veltra {
 namespace Ocelle {
@@ -65,7 +66,31 @@ private slots:
 
 private:
     enum class Outcome { Presented, Refused, Dropped };
-    using Self = QPointer<SurfacePresenter>; // null once a call to the surface has destroyed it
+
+    /*! False once a call to the surface has destroyed the presenter; a QPointer that costs little. */
+    class Self
+    {
+    public:
+        explicit Self(SurfacePresenter *presenter)
+            : m_presenter(presenter)
+            , m_outer(std::exchange(presenter->m_self, this))
+        {
+        }
+        ~Self()
+        {
+            if (m_presenter)
+                m_presenter->m_self = m_outer;
+        }
+        Self(const Self &) = delete;
+        Self &operator=(const Self &) = delete;
+
+        explicit operator bool() const { return m_presenter; }
+
+    private:
+        friend class SurfacePresenter;
+        SurfacePresenter *m_presenter;
+        Self *const m_outer; // further up the stack
+    };
 
     SurfacePresenter(const std::shared_ptr<PictureMailbox> &mailbox,
                      QAbstractVideoSurface *surface);
@@ -90,6 +115,7 @@ private:
     // Written on the surface's thread
     std::array<std::atomic<quint64>, 3> m_outcomes {}; // pictures, by Outcome
 
+    Self *m_self = nullptr;   // the innermost on the stack
     bool m_busy = false;      // in work(), perhaps in a call to the surface
     bool m_wokenBusy = false; // woken meanwhile, from an event loop inside that call
     bool m_retired = false;   // to be destroyed when no longer busy
