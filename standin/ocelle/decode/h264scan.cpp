@@ -20,6 +20,14 @@ enum NalType : unsigned {
     LastKnown = 20,
 };
 
+// Without the units that follow. The first byte is not zero.
+std::size_t unitSize(const std::uint8_t *data, std::size_t size)
+{
+    constexpr std::size_t startCode = 3;
+    const std::uint8_t *const next = NalUnits::afterStartCode(data, data + size);
+    return next ? std::size_t(next - data) - startCode : size;
+}
+
 bool hasRecoveryPoint(const std::uint8_t *data, std::size_t size)
 {
     constexpr std::uint32_t recoveryPoint = 6;
@@ -94,7 +102,7 @@ void H264Scan::examineNal(const std::uint8_t *data, std::size_t size, UnitReport
             examineSlice(data, size, report);
         break;
     case SideInformation:
-        m_isRecovery = m_isRecovery || hasRecoveryPoint(data + 1, size - 1);
+        m_isRecovery = m_isRecovery || hasRecoveryPoint(data + 1, unitSize(data, size) - 1);
         break;
     case SequenceParameterSet:
         report->parameters |= 1;

@@ -207,6 +207,18 @@ private slots:
         QVERIFY(!examine(*scan, slice(ReferenceSlice, 3)).isKey);
     }
 
+    void h264_whatComesAfterSideInformation_isNotTakenForIt()
+    {
+        const auto scan = StreamScan::create(CodecType::H264);
+        const Bytes parameters = joined({ sequenceParameters({}), pictureParameters() });
+        const Bytes other { 0, 0, 1, 6, 5, 2, 9, 9, 0x80 };
+        const Bytes alike(20, 6); // wherever one begins to read, it is a recovery point
+        const Bytes data = joined({ parameters, other, slice(ReferenceSlice, 3), alike });
+        const UnitReport report = examine(*scan, data);
+        QVERIFY(report.hasPicture);
+        QVERIFY(!report.isKey);
+    }
+
     void h264_isRecognised_data()
     {
         QTest::addColumn<Bytes>("data");
