@@ -212,7 +212,7 @@ private slots:
         const auto scan = StreamScan::create(CodecType::H264);
         const Bytes parameters = joined({ sequenceParameters({}), pictureParameters() });
         const Bytes other { 0, 0, 1, 6, 5, 2, 9, 9, 0x80 };
-        const Bytes alike(20, 6); // wherever one begins to read, it is a recovery point
+        const Bytes alike(4000, 6); // wherever one begins to read, it is a recovery point
         const Bytes data = joined({ parameters, other, slice(ReferenceSlice, 3), alike });
         const UnitReport report = examine(*scan, data);
         QVERIFY(report.hasPicture);
