@@ -220,7 +220,7 @@ void PictureMailbox::wake(std::unique_lock<std::mutex> &lock)
     if (!m_waker) {
         m_presenter->postWork();
     } else if (m_waker->add(m_presenter)) {
-        const std::shared_ptr<PresenterWaker> waker = m_waker;
+        PresenterWaker *const waker = m_waker.get(); // which waits for post() if it is to go
         lock.unlock();
         waker->post();
     }

@@ -4,7 +4,6 @@
 
 #include <QCoreApplication>
 #include <QEvent>
-#include <QThread>
 
 #include <algorithm>
 #include <utility>
@@ -17,31 +16,34 @@ std::shared_ptr<PresenterWaker> PresenterWaker::ofCurrentThread()
     thread_local std::weak_ptr<PresenterWaker> known;
     std::shared_ptr<PresenterWaker> waker = known.lock();
     if (!waker) {
-        waker.reset(new PresenterWaker, destroy);
+        waker.reset(new PresenterWaker);
         known = waker;
     }
     return waker;
 }
 
-/*! The last one to know it may be a thread that has just posted its event. */
-void PresenterWaker::destroy(PresenterWaker *waker)
+PresenterWaker::~PresenterWaker()
 {
-    if (waker->thread() == QThread::currentThread())
-        delete waker;
-    else
-        waker->deleteLater();
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_posted.wait(lock, [this] { return m_posting == 0; });
 }
 
 void PresenterWaker::post()
 {
     QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (--m_posting == 0)
+        m_posted.notify_all(); // with the mutex held, or it could be gone
 }
 
 bool PresenterWaker::add(SurfacePresenter *presenter)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_waiting.push_back(presenter);
-    return !std::exchange(m_eventPending, true);
+    if (std::exchange(m_eventPending, true))
+        return false;
+    ++m_posting;
+    return true;
 }
 
 bool PresenterWaker::forget(SurfacePresenter *presenter)
@@ -82,9 +84,7 @@ void PresenterWaker::share(const GraphicBuffer *picture, const QVideoFrame &fram
 void PresenterWaker::customEvent(QEvent *)
 {
     // What a presenter leads to may destroy others, and this with the last of them.
-    const std::shared_ptr<PresenterWaker> self = weak_from_this().lock();
-    if (!self) // on the way to its destruction
-        return;
+    const std::shared_ptr<PresenterWaker> self = shared_from_this();
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_eventPending = false;

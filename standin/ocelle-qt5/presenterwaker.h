@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QVideoFrame>
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -20,7 +21,8 @@ class SurfacePresenter;
  * same picture share its QVideoFrame, too.
  *
  * Threads: grouped below; lives on the thread that it serves.
- * Owner:   shared by that thread's presenters and their mailboxes; destroyed on that thread.
+ * Owner:   shared by that thread's presenters, and by their mailboxes for as long as one of these
+ *          has it; destroyed on that thread.
  */
 class PresenterWaker : public QObject, public std::enable_shared_from_this<PresenterWaker>
 {
@@ -28,12 +30,13 @@ class PresenterWaker : public QObject, public std::enable_shared_from_this<Prese
 public:
     /*! The calling thread's; made when there is none yet. */
     static std::shared_ptr<PresenterWaker> ofCurrentThread();
+    ~PresenterWaker() override; // waits for the end of a post(), which is at hand
 
     // Any thread that keeps the presenter from being destroyed meanwhile
-    /*! True where post() has to follow. */
+    /*! True where post() has to follow; until then the waker is not destroyed. */
     bool add(SurfacePresenter *presenter);
 
-    // Any thread
+    // Any thread, after add()
     /*!
      * Call it with no lock held: the woken thread is often there before the call returns, and would
      * wait for that lock.
@@ -52,11 +55,12 @@ protected:
 
 private:
     PresenterWaker() = default;
-    static void destroy(PresenterWaker *waker);
 
-    std::mutex m_mutex;                        // guards the next two; never held across a call out
+    std::mutex m_mutex; // guards the next three; never held across a call out
     std::vector<SurfacePresenter *> m_waiting; // in the order of their calls
     bool m_eventPending = false;
+    int m_posting = 0; // threads in post(), or on their way to it
+    std::condition_variable m_posted;
 
     // The thread that it serves
     std::vector<SurfacePresenter *> m_serving; // null where forgotten
