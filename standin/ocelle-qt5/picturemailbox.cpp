@@ -20,14 +20,14 @@ constexpr quint64 OverdueAfter = 16; // pictures; half a second at 30 a second
 void PictureMailbox::deliver(std::shared_ptr<GraphicBuffer> &&buffer)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    if (!m_presenter)
-        return;
-    countSequence(buffer->sequence);
-    if (!buffer->live || !m_wakeUpPending ||
-        !m_queue.exchangeLive(buffer, m_viewport, m_mirrored)) {
+    const quint64 sequence = buffer->sequence;
+    if (m_wakeUpPending && buffer->live && m_queue.exchangeLive(buffer, m_viewport, m_mirrored)) {
+        countSequence(sequence);
+        if (++m_exchanged == m_overdueAt)
+            wakeByItself();
+    } else if (m_presenter) {
+        countSequence(sequence);
         enqueue(buffer, lock);
-    } else if (++m_exchanged == m_overdueAt) {
-        wakeByItself();
     }
 }
 
@@ -200,7 +200,7 @@ void PictureMailbox::enqueue(std::shared_ptr<GraphicBuffer> &buffer,
 /*! A number below the last one means that the source began anew. */
 void PictureMailbox::countSequence(quint64 sequence)
 {
-    if (m_sequenceKnown) {
+    if (m_sequenceKnown && sequence != m_lastSequence + 1) {
         if (sequence > m_lastSequence)
             m_statistics.missing += sequence - m_lastSequence - 1;
         else if (sequence == m_lastSequence && sequence != 0)
