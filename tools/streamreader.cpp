@@ -156,11 +156,8 @@ void StreamReader::readProperties()
         m_properties.rate = UsualRate;
     if (stream->time_base.num == 1)
         m_properties.timeScale = stream->time_base.den;
-    const bool isGuessed = m_container->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-    if (stream->duration > 0 && !isGuessed)
-        m_properties.duration = microseconds(stream->duration);
-    else if (m_container->duration > 0 && m_container->nb_streams == 1 && !isGuessed)
-        m_properties.duration = m_container->duration;
+    m_properties.duration = toldDuration(*m_container, m_stream);
+    m_end.set(m_properties.duration, m_properties.rate);
 }
 
 StreamReader::Result StreamReader::read(StreamUnit *unit, QString *error)
@@ -193,7 +190,8 @@ int StreamReader::readPacket()
         }
         if (code < 0)
             return code;
-        m_isCut = m_isCut || (m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
+        if (m_packet->flags & AV_PKT_FLAG_CORRUPT)
+            m_end.addCut();
         if (m_packet->stream_index == m_stream && m_packet->size > 0)
             return 0;
         av_packet_unref(m_packet.get());
@@ -207,12 +205,13 @@ int StreamReader::feedFilter()
         return av_bsf_send_packet(m_filter.get(), nullptr);
     if (code < 0)
         return code;
-    m_isCut = m_isCut || (m_packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
+    if (m_packet->flags & AV_PKT_FLAG_CORRUPT)
+        m_end.addCut();
     if (m_packet->stream_index == m_stream && m_packet->size > 0)
         code = av_bsf_send_packet(m_filter.get(), m_packet.get());
     av_packet_unref(m_packet.get());
     if (code == AVERROR_INVALIDDATA) { // the end of what is left of it
-        m_isCut = true;
+        m_end.addCut();
         return 0;
     }
     return code;
@@ -235,7 +234,7 @@ void StreamReader::describe(StreamUnit *unit)
     unit->time = isTimed ? microseconds(packet.pts - m_firstStamp) : m_units * period;
     unit->due =
             m_hasTimes && due != AV_NOPTS_VALUE ? microseconds(due - m_firstDue) : m_units * period;
-    m_latest = qMax(m_latest, unit->time);
+    m_end.add(packet, unit->time, m_container->streams[m_stream]->time_base);
     ++m_units;
 }
 
@@ -262,19 +261,6 @@ int StreamReader::fieldsOf(const AVPacket &packet)
 qint64 StreamReader::microseconds(std::int64_t stamp) const
 {
     return av_rescale_q(stamp, m_container->streams[m_stream]->time_base, Microseconds);
-}
-
-QString StreamReader::missingEnd() const
-{
-    const double period = 1e6 / m_properties.rate;
-    const double tolerance = qMax(2 * period, 5e5);
-    const double end = m_units > 0 ? double(m_latest) + period : 0;
-    if (m_properties.duration > 0 && end + tolerance < double(m_properties.duration))
-        return QStringLiteral("%1: is cut off after %2 s of %3 s")
-                .arg(m_path)
-                .arg(end / 1e6, 0, 'f', 2)
-                .arg(double(m_properties.duration) / 1e6, 0, 'f', 2);
-    return m_isCut ? QStringLiteral("%1: is cut off within a picture").arg(m_path) : QString();
 }
 
 } // namespace Tool

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "avpointers.h"
+#include "fileend.h"
 #include "videocodec.h"
 
 #include <QByteArray>
@@ -52,7 +53,7 @@ public:
     bool hasTimes() const { return m_hasTimes; }
     Result read(StreamUnit *unit, QString *error);
     /*! After the end: why that came too early; empty where it did not. */
-    QString missingEnd() const;
+    QString missingEnd() const { return m_end.missing(m_path); }
 
 private:
     StreamReader() = default;
@@ -81,8 +82,7 @@ private:
     qint64 m_units = 0;
     std::int64_t m_firstStamp = 0;
     std::int64_t m_firstDue = 0;
-    qint64 m_latest = 0;  // the latest time of a unit
-    bool m_isCut = false; // a piece of the file was not whole
+    FileEnd m_end;
 };
 
 } // namespace Tool

@@ -51,7 +51,8 @@ bool VideoFileReader::openStream(QString *error)
     }
     m_decoder.reset(avcodec_alloc_context3(codec));
     m_decoder->pkt_timebase = m_container->streams[m_stream]->time_base;
-    m_decoder->thread_count = 0; // as many as there are processors
+    m_decoder->thread_count = 0;              // as many as there are processors
+    m_decoder->thread_type = FF_THREAD_SLICE; // threads for pictures do not always tell of damage
     code = avcodec_parameters_to_context(m_decoder.get(), m_container->streams[m_stream]->codecpar);
     if (code >= 0)
         code = avcodec_open2(m_decoder.get(), codec, nullptr);
@@ -71,12 +72,15 @@ void VideoFileReader::readProperties()
         m_properties.timeScale = stream->time_base.den;
     if (m_container->duration > 0)
         m_properties.duration = m_container->duration;
+    m_end.set(toldDuration(*m_container, m_stream), m_properties.rate);
 }
 
 VideoFileReader::Result VideoFileReader::read(QVideoFrame *frame, QString *error)
 {
     for (;;) {
         const int code = avcodec_receive_frame(m_decoder.get(), m_picture.get());
+        if (code >= 0 && m_picture->decode_error_flags != 0)
+            ++m_damaged;
         if (code >= 0)
             return wrap(frame, error) ? Result::Picture : Result::Failed;
         if (code == AVERROR_EOF)
@@ -101,11 +105,28 @@ bool VideoFileReader::feed(QString *error)
         avcodec_send_packet(m_decoder.get(), nullptr);
         return true;
     }
-    if (m_packet->stream_index == m_stream &&
-        avcodec_send_packet(m_decoder.get(), m_packet.get()) < 0)
-        ++m_damaged;
+    if (m_packet->flags & AV_PKT_FLAG_CORRUPT)
+        m_end.addCut();
+    if (m_packet->stream_index == m_stream) {
+        follow(*m_packet);
+        if (avcodec_send_packet(m_decoder.get(), m_packet.get()) < 0)
+            ++m_damaged;
+    }
     av_packet_unref(m_packet.get());
     return true;
+}
+
+/*! How far the file has come. */
+void VideoFileReader::follow(const AVPacket &packet)
+{
+    const AVRational timeBase = m_container->streams[m_stream]->time_base;
+    if (m_packets == 0)
+        m_firstPacket = packet.pts;
+    const bool isTimed = packet.pts != AV_NOPTS_VALUE && m_firstPacket != AV_NOPTS_VALUE;
+    const qint64 time = isTimed ? av_rescale_q(packet.pts - m_firstPacket, timeBase, Microseconds)
+                                : qint64(double(m_packets) * 1e6 / m_properties.rate);
+    m_end.add(packet, time, timeBase);
+    ++m_packets;
 }
 
 bool VideoFileReader::wrap(QVideoFrame *frame, QString *error)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "avpointers.h"
+#include "fileend.h"
 
 #include <QSize>
 #include <QString>
@@ -37,7 +38,9 @@ public:
 
     const Properties &properties() const { return m_properties; }
     Result read(QVideoFrame *frame, QString *error);
-    int damaged() const { return m_damaged; } // pieces of the file that could not be decoded
+    int damaged() const { return m_damaged; } // places in the file
+    /*! After the end: why that came too early; empty where it did not. */
+    QString missingEnd() const { return m_end.missing(m_path); }
 
 private:
     VideoFileReader() = default;
@@ -47,6 +50,7 @@ private:
     bool feed(QString *error);
     bool wrap(QVideoFrame *frame, QString *error);
     bool convert(QString *error);
+    void follow(const AVPacket &packet);
     qint64 timeOf(const AVFrame &picture);
 
     QString m_path;
@@ -59,6 +63,9 @@ private:
     Properties m_properties;
     bool m_isDraining = false;
     int m_damaged = 0;
+    FileEnd m_end;
+    qint64 m_packets = 0;           // of the stream
+    std::int64_t m_firstPacket = 0; // its stamp
     bool m_hasFirst = false;
     std::int64_t m_firstStamp = 0;
     qint64 m_lastTime = 0;
