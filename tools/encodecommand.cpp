@@ -6,7 +6,6 @@
 #include "recordcommand.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 
 namespace Tool {
 namespace {
@@ -47,9 +46,7 @@ bool EncodeCommand::prepare()
     QString error;
     m_exitCode = Usage;
     const auto settings = recordingSettings(m_options.encoding, &error);
-    const QString input = QFileInfo(m_options.input).canonicalFilePath();
-    if (settings && !input.isEmpty() &&
-        input == QFileInfo(m_options.encoding.output).canonicalFilePath())
+    if (settings && VideoFileWriter::replaces(settings->file, m_options.input))
         error = QStringLiteral("\"%1\" cannot be encoded to itself").arg(m_options.input);
     if (error.isEmpty()) {
         m_report.settings = *settings;
@@ -105,12 +102,12 @@ bool EncodeCommand::readPicture()
     case VideoFileReader::Result::Picture:
         return true;
     case VideoFileReader::Result::End:
-        finish(Success);
-        return false;
+        error = m_reader->missingEnd();
+        break;
     case VideoFileReader::Result::Failed:
         break;
     }
-    finish(Failure, error);
+    finish(error.isEmpty() ? Success : Failure, error);
     return false;
 }
 
@@ -153,10 +150,12 @@ int EncodeCommand::close()
         m_exitCode = Failure;
         printError(error);
     }
-    if (m_reader->damaged() > 0)
-        printNote(QStringLiteral("%1: %2 pieces could not be decoded")
-                          .arg(m_options.input)
-                          .arg(m_reader->damaged()));
+    if (m_reader->damaged() > 0) {
+        m_exitCode = Failure;
+        printError(QStringLiteral("%1: is damaged in %2 places")
+                           .arg(m_options.input)
+                           .arg(m_reader->damaged()));
+    }
     if (m_report.written.units == 0)
         return m_exitCode;
     const bool isPrinted =

@@ -7,7 +7,6 @@
 #include "recordcommand.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QVideoSurfaceFormat>
 
 namespace Tool {
@@ -59,9 +58,7 @@ bool TranscodeCommand::prepare()
     QString error;
     m_exitCode = Usage;
     const auto settings = recordingSettings(m_options.encoding, &error);
-    const QString input = QFileInfo(m_options.input).canonicalFilePath();
-    if (settings && !input.isEmpty() &&
-        input == QFileInfo(m_options.encoding.output).canonicalFilePath())
+    if (settings && VideoFileWriter::replaces(settings->file, m_options.input))
         error = QStringLiteral("\"%1\" cannot be transcoded to itself").arg(m_options.input);
     bool isUsage = true;
     if (error.isEmpty() && m_player.open(m_options.input, std::nullopt, &error, &isUsage)) {
@@ -82,6 +79,7 @@ bool TranscodeCommand::prepare()
 
 void TranscodeCommand::onPicture(const QVideoFrame &frame)
 {
+    m_player.onPicture(frame); // before its time changes, which belongs to all that share it
     QVideoFrame picture = cropped(frame, m_surface.surfaceFormat().viewport());
     if (!m_player.stream().hasTimes()) // they are in decoding order
         picture.setStartTime(qint64(double(m_taken) * 1e6 / m_report.settings.rate));
@@ -91,7 +89,6 @@ void TranscodeCommand::onPicture(const QVideoFrame &frame)
         // Not from within the surface, which the presenter waits for.
         QMetaObject::invokeMethod(this, &TranscodeCommand::encode, Qt::QueuedConnection);
     }
-    m_player.onPicture(frame);
 }
 
 void TranscodeCommand::startRecording(QSize size)

@@ -46,6 +46,13 @@ QString VideoFileWriter::problem(const QString &file, bool replace)
     return QString();
 }
 
+bool VideoFileWriter::replaces(const QString &file, const QString &input)
+{
+    const QString path = QFileInfo(input).canonicalFilePath();
+    return !path.isEmpty() && (path == QFileInfo(file).canonicalFilePath() ||
+                               path == QFileInfo(file + partSuffix()).canonicalFilePath());
+}
+
 bool VideoFileWriter::open(const QString &file, const Format &format, bool replace, QString *error)
 {
     m_file = file;
@@ -122,7 +129,11 @@ bool VideoFileWriter::begin(const QByteArray &unit, QString *error)
 
 bool VideoFileWriter::close(QString *error)
 {
-    if (!m_container || m_isBroken) {
+    if (!m_container) {
+        *error = QStringLiteral("nothing was recorded");
+        return false;
+    }
+    if (m_isBroken) { // which was told
         release();
         return false;
     }

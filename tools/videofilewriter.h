@@ -38,6 +38,9 @@ public:
     /*! What speaks against writing to \a file; empty where nothing does. */
     static QString problem(const QString &file, bool replace);
 
+    /*! Whether writing \a file would replace \a input, which is still to be read. */
+    static bool replaces(const QString &file, const QString &input);
+
     /*! Creates FILE.part. */
     bool open(const QString &file, const Format &format, bool replace, QString *error);
     /*! One picture; the first one is a key frame. A negative \a time is the one after the last. */

@@ -28,6 +28,8 @@ private slots:
     void encode_keepsTheExistingFile_unlessForced();
     void encode_keepsWhatItHas_whenTheDiskIsFull();
     void encode_tellsTheEncodersReason();
+    void encode_keepsWhatIsThere_ofACutFile();
+    void encode_tellsOfDamage();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -188,6 +190,9 @@ void EncodeToolTest::encode_refusesWhatCannotBe_data()
                                << QByteArray("does not exist");
     QTest::newRow("itself") << QStringList { "%1/in.mkv", "%1/in.mkv", "--force" }
                             << QByteArray("cannot be encoded to itself");
+    QTest::newRow("what it begins as")
+            << QStringList { "%1/half.mkv.part", "%1/half.mkv", "--force" }
+            << QByteArray("half.mkv.part\" cannot be encoded to itself");
 }
 
 void EncodeToolTest::encode_refusesWhatCannotBe()
@@ -195,6 +200,7 @@ void EncodeToolTest::encode_refusesWhatCannotBe()
     QFETCH(QStringList, arguments);
     QFETCH(QByteArray, error);
     QVERIFY(PatternVideo().write(path("in.mkv")));
+    QVERIFY(QFile::copy(path("in.mkv"), path("half.mkv.part")));
     QFile text(path("text.mkv"));
     QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no video") > 0);
     text.close();
@@ -249,6 +255,37 @@ void EncodeToolTest::encode_tellsTheEncodersReason()
     QCOMPARE(result.exitCode, 1);
     QCOMPARE(result.errors, QByteArray("ocelle: H.264: a bit rate of 10 is out of range\n"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList { "in.mkv" });
+}
+
+void EncodeToolTest::encode_keepsWhatIsThere_ofACutFile()
+{
+    PatternVideo video;
+    video.pictures = 90;
+    QVERIFY(video.write(path("in.mkv")));
+    QFile file(path("in.mkv"));
+    QVERIFY(file.resize(file.size() / 2));
+    const ToolResult result =
+            ToolProcess::run({ "encode", path("in.mkv"), path("out.mkv"), "--json" });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("in.mkv: is cut off after "), result.errors.constData());
+    const int pictures = QJsonDocument::fromJson(result.output).object().value("pictures").toInt();
+    QVERIFY2(pictures > 10 && pictures < 90, qPrintable(QString::number(pictures)));
+    QCOMPARE(RecordedVideo::read(path("out.mkv")).packets, pictures);
+}
+
+// The last picture of what is left is not whole, which only its decoder sees.
+void EncodeToolTest::encode_tellsOfDamage()
+{
+    PatternVideo video;
+    video.pictures = 30;
+    video.options = QStringList { "-g", "1" };
+    QVERIFY(video.write(path("in.h264")));
+    QFile file(path("in.h264"));
+    QVERIFY(file.resize(file.size() / 2));
+    const ToolResult result = ToolProcess::run({ "encode", path("in.h264"), path("out.mkv") });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("in.h264: is damaged in 1 places"), result.errors.constData());
+    QVERIFY(RecordedVideo::read(path("out.mkv")).packets > 10);
 }
 
 QTEST_GUILESS_MAIN(EncodeToolTest)

@@ -269,6 +269,9 @@ void VideoFileWriterTest::open_fails_whereNothingCanBeWritten()
     VideoFileWriter other;
     QVERIFY(!other.open(path("a.txt"), format(VideoCodec::H264), false, &m_error));
     QVERIFY(m_error.contains("ends in none of .mkv, .mp4, .webm and .ivf"));
+    VideoFileWriter never;
+    QVERIFY(!never.close(&m_error));
+    QCOMPARE(m_error, QStringLiteral("nothing was recorded"));
 }
 
 QTEST_GUILESS_MAIN(VideoFileWriterTest)
