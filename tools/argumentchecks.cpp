@@ -48,12 +48,14 @@ std::string rateProblem(const std::string &text)
                    : "\"" + text + "\" is not a number of pictures per second";
 }
 
+qint64 framesFrom(const std::string &text)
+{
+    return qMax<qint64>(0, QString::fromStdString(text).toLongLong()); // 0 where it is no number
+}
+
 std::string framesProblem(const std::string &text)
 {
-    bool isNumber = false;
-    return QString::fromStdString(text).toLongLong(&isNumber) > 0 && isNumber
-                   ? std::string()
-                   : "\"" + text + "\" is not a number of pictures";
+    return framesFrom(text) > 0 ? std::string() : "\"" + text + "\" is not a number of pictures";
 }
 
 // Told before a long run, not after it.
@@ -102,11 +104,18 @@ std::string secondsProblem(const std::string &text)
                                                     : "\"" + text + "\" is not a number of seconds";
 }
 
-std::string rotationProblem(const std::string &text)
+std::optional<int> rotationFrom(const std::string &text)
 {
     bool isNumber = false;
     const int degrees = QString::fromStdString(text).toInt(&isNumber);
-    return isNumber && degrees % QuarterTurn == 0 && qAbs(degrees) <= MaxTurn
+    if (!isNumber || degrees % QuarterTurn != 0 || degrees > MaxTurn || degrees < -MaxTurn)
+        return std::nullopt;
+    return (degrees % FullTurn + FullTurn) % FullTurn;
+}
+
+std::string rotationProblem(const std::string &text)
+{
+    return rotationFrom(text)
                    ? std::string()
                    : "\"" + text + "\" is not a rotation; there are 0, 90, 180 and 270 degrees";
 }

@@ -2,12 +2,15 @@
 
 #include <QSize>
 
+#include <optional>
 #include <string>
 
 namespace Tool {
 
-QSize sizeFrom(const std::string &text);  // "640x480"; not valid for anything else
-int bitRateFrom(const std::string &text); // bits per second, "800000", "800k" or "1.5M"; else 0
+QSize sizeFrom(const std::string &text);    // "640x480"; not valid for anything else
+int bitRateFrom(const std::string &text);   // bits per second, "800000", "800k" or "1.5M"; else 0
+qint64 framesFrom(const std::string &text); // "12"; 0 for anything else
+std::optional<int> rotationFrom(const std::string &text); // 0, 90, 180 or 270 degrees
 
 // What is wrong with an argument, for people; empty where nothing is.
 std::string sizeProblem(const std::string &text);

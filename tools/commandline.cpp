@@ -15,7 +15,7 @@ struct Words // as they come from the command line
     std::string camera;
     std::string size;
     double rate = 0;
-    qint64 frames = 0;
+    std::string frames;
     std::string snapshot;
     bool noWindow = false;
     std::string input;
@@ -23,15 +23,13 @@ struct Words // as they come from the command line
     std::string codec;
     std::string bitRate;
     double seconds = 0;
-    int rotation = 0; // degrees
+    std::string rotation;
     bool mirror = false;
     bool force = false;
     std::string playRate = "realtime";
     bool check = false;
     std::string pictures;
 };
-
-constexpr int FullTurn = 360; // degrees
 
 void addSizeAndRate(CLI::App *command, Words *words)
 {
@@ -66,7 +64,7 @@ PreviewOptions previewOptions(const CLI::App &preview, const Words &words, bool 
     if (preview.count("--fps") > 0)
         options.rate = words.rate;
     if (preview.count("--frames") > 0)
-        options.frames = words.frames;
+        options.frames = framesFrom(words.frames);
     options.snapshot = QFile::decodeName(words.snapshot.c_str());
     options.window = !words.noWindow;
     options.json = json;
@@ -102,7 +100,8 @@ EncodingOptions encodingOptions(const CLI::App &command, const Words &words)
     options.codec = codecNamed(QString::fromStdString(words.codec));
     if (command.count("--bitrate") > 0)
         options.bitRate = bitRateFrom(words.bitRate);
-    options.rotation = (words.rotation % FullTurn + FullTurn) % FullTurn;
+    if (command.count("--rotate") > 0)
+        options.rotation = rotationFrom(words.rotation).value_or(0);
     options.mirror = words.mirror;
     options.force = words.force;
     return options;
@@ -190,7 +189,7 @@ PlayOptions playOptions(const CLI::App &play, const Words &words, bool json)
     options.file = QFile::decodeName(words.input.c_str());
     options.codec = codecNamed(QString::fromStdString(words.codec));
     if (play.count("--frames") > 0)
-        options.frames = words.frames;
+        options.frames = framesFrom(words.frames);
     options.realTime = words.playRate == "realtime";
     options.snapshot = QFile::decodeName(words.snapshot.c_str());
     options.window = !words.noWindow;

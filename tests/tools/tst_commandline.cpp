@@ -152,6 +152,9 @@ void CommandLineTest::readsEveryOptionOfPlay()
     QVERIFY(full.has_value());
     QCOMPARE(full->play.codec.value(), VideoCodec::H265);
     QCOMPARE(full->play.frames.value(), qint64(7));
+    const auto padded = parse({ "play", "a.mkv", "--frames", "010" }, &exitCode);
+    QVERIFY(padded.has_value());
+    QCOMPARE(padded->play.frames.value(), qint64(10)); // not octal
     QCOMPARE(full->play.snapshot, QStringLiteral("/tmp/a.png"));
     QVERIFY(!full->play.realTime && !full->play.window && full->play.json);
 }
@@ -201,6 +204,7 @@ void CommandLineTest::readsRotations_data()
     QTest::newRow("half") << QByteArray("180") << 180;
     QTest::newRow("the other way") << QByteArray("-90") << 270;
     QTest::newRow("more than all") << QByteArray("450") << 90;
+    QTest::newRow("with a zero in front") << QByteArray("090") << 90;
 }
 
 void CommandLineTest::readsRotations()
