@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 namespace Tool {
 namespace {
@@ -18,7 +21,13 @@ bool progressShown = false; // main thread only
 bool writeOut(const QByteArray &bytes)
 {
     const auto size = static_cast<std::size_t>(bytes.size());
-    return std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+    if (std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0)
+        return true;
+    static bool isTold = false; // main thread only
+    if (!std::exchange(isTold, true))
+        printError(QStringLiteral("standard output cannot be written to: %1")
+                           .arg(QString::fromLocal8Bit(std::strerror(errno))));
+    return false;
 }
 
 } // namespace

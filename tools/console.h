@@ -5,7 +5,7 @@
 
 namespace Tool {
 
-/*! Writes \a text and a line feed to standard output at once; false if that failed. */
+/*! Writes \a text and a line feed to standard output at once; false if that failed, which was told. */
 bool printLine(const QString &text);
 
 /*! The same for a whole document, indented or in one line. */

@@ -49,10 +49,8 @@ int examineCameras(bool json)
     }
     for (const CameraNode &node : nodes)
         written = written && (json || printLine(toText(node)));
-    if (!written) {
-        printError(QStringLiteral("standard output cannot be written to"));
+    if (!written)
         return Failure;
-    }
     if (nodes.empty())
         printNote(
                 QStringLiteral("There is no video node: no camera is plugged in, or the kernel has "

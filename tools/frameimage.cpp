@@ -1,7 +1,9 @@
 #include "frameimage.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageWriter>
+#include <QSaveFile>
 
 #include <libyuv.h>
 
@@ -61,6 +63,27 @@ QImage toImage(const QVideoFrame &frame, bool mirrored, QSize size)
     if (!size.isEmpty() && size != image.size())
         image = scaled(image, size);
     return mirrored ? image.mirrored(true, false) : image;
+}
+
+bool saveImage(const QImage &image, const QString &fileName, QString *error)
+{
+    QBuffer buffer; // QImageWriter does not see that a disk is full
+    QImageWriter writer(&buffer, QFileInfo(fileName).suffix().toLower().toLatin1());
+    if (!writer.write(image)) {
+        *error = writer.errorString();
+        return false;
+    }
+    QSaveFile file(fileName);
+    bool isGood = file.open(QIODevice::WriteOnly | QIODevice::Unbuffered);
+    for (qint64 at = 0; isGood && at < buffer.size();) { // a full disk takes the beginning
+        const qint64 taken = file.write(buffer.data().constData() + at, buffer.size() - at);
+        isGood = taken > 0;
+        at += taken;
+    }
+    if (isGood && file.commit())
+        return true;
+    *error = file.errorString();
+    return false;
 }
 
 bool canSaveImage(const QString &fileName)

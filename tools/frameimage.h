@@ -14,6 +14,14 @@ namespace Tool {
  */
 QImage toImage(const QVideoFrame &frame, bool mirrored, QSize size = QSize());
 
+/*!
+ * Saves \a image under that name, whose end tells the format; a file that is there is replaced only
+ * by a whole one.
+ *
+ * Errors: false, and \a error says why.
+ */
+bool saveImage(const QImage &image, const QString &fileName, QString *error);
+
 /*! Whether the name ends in an image format that can be written. */
 bool canSaveImage(const QString &fileName);
 

@@ -1,6 +1,6 @@
 #include "livecheck.h"
 
-#include <QImageWriter>
+#include "frameimage.h"
 
 namespace Tool {
 namespace {
@@ -126,11 +126,11 @@ bool LiveCheck::savePictures(const QString &prefix, QString *error) const
         { "-difference.png", difference(camera, decoded, DifferenceGain) },
     };
     for (const auto &[suffix, image] : images) {
-        QImageWriter writer(prefix + QLatin1String(suffix));
-        if (writer.write(image))
+        const QString file = prefix + QLatin1String(suffix);
+        QString reason;
+        if (saveImage(image, file, &reason))
             continue;
-        *error =
-                QStringLiteral("%1 was not saved: %2").arg(writer.fileName(), writer.errorString());
+        *error = QStringLiteral("%1 was not saved: %2").arg(file, reason);
         return false;
     }
     return true;

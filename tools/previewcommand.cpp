@@ -8,7 +8,6 @@
 #include "settingschoice.h"
 
 #include <QCoreApplication>
-#include <QImageWriter>
 
 #include <camerarates.h>
 #include <videooutputstatistics.h>
@@ -209,12 +208,11 @@ bool PreviewCommand::saveSnapshot()
         return true;
     QString error = QStringLiteral("there is no picture");
     if (m_surface.frame().isValid()) {
-        QImageWriter writer(m_options.snapshot);
-        if (writer.write(toImage(m_surface.frame(), m_surface.isMirrored()))) {
+        if (saveImage(toImage(m_surface.frame(), m_surface.isMirrored()), m_options.snapshot,
+                      &error)) {
             m_report.snapshot = m_options.snapshot;
             return true;
         }
-        error = writer.errorString();
     }
     printError(QStringLiteral("the snapshot %1 was not saved: %2").arg(m_options.snapshot, error));
     return false;

@@ -2,7 +2,12 @@
 #include "patternreader.h"
 #include "testpattern.h"
 
+#include <QTemporaryDir>
 #include <QtTest>
+
+#include <sys/resource.h>
+
+#include <csignal>
 
 using namespace Veltra::Ocelle;
 
@@ -14,6 +19,7 @@ private slots:
     void showsThePicture();
     void keepsTheColours();
     void isNull_whenTheFormatIsUnknown();
+    void saveImage_keepsTheOldFile_whenTheDiskIsFull();
     void canSaveImage_knowsFormatsByTheirSuffix();
 
 private:
@@ -110,6 +116,32 @@ void FrameImageTest::isNull_whenTheFormatIsUnknown()
     const QVideoFrame packed(Width * Height * 2, QSize(Width, Height), Width * 2,
                              QVideoFrame::Format_UYVY);
     QVERIFY(Tool::toImage(packed, false).isNull());
+}
+
+// A limit of the file size is as good as a full disk.
+void FrameImageTest::saveImage_keepsTheOldFile_whenTheDiskIsFull()
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("a.PNG"));
+    QString error;
+    const QImage image = Tool::toImage(frame(QVideoFrame::Format_NV12), false);
+    QVERIFY2(Tool::saveImage(image, file, &error), qPrintable(error));
+    QCOMPARE(QImage(file), image);
+
+    rlimit before = {};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit full = { 100, before.rlim_max }; // bytes
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &full), 0);
+    const bool isSaved = Tool::saveImage(image.mirrored(true, false), file, &error);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    QVERIFY(!isSaved);
+    QCOMPARE(error, QStringLiteral("File too large"));
+    QCOMPARE(QImage(file), image);
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList { "a.PNG" });
+    QVERIFY(!Tool::saveImage(image, folder.filePath(QStringLiteral("none/a.png")), &error));
+    QCOMPARE(error, QStringLiteral("No such file or directory"));
 }
 
 void FrameImageTest::canSaveImage_knowsFormatsByTheirSuffix()
