@@ -1,5 +1,7 @@
 #include "cameralist.h"
 
+#include "backendplugin.h"
+
 #include <QCamera>
 #include <QDebug>
 #include <QEventLoop>
@@ -60,6 +62,9 @@ QString noSuchCamera(const QString &id)
     for (const QCameraInfo &camera : availableCameras())
         ids.append(camera.deviceName());
     const QString none = QStringLiteral("there is no camera \"%1\"; ").arg(id);
+    QString reason;
+    if (ids.isEmpty() && !backendPlugin(&reason))
+        return none + reason;
     if (ids.isEmpty())
         return none + QStringLiteral("there are none at all");
     return none + (ids.size() == 1 ? QStringLiteral("there is ") : QStringLiteral("there are ")) +

@@ -1,5 +1,6 @@
 #include "watchcommand.h"
 
+#include "backendplugin.h"
 #include "cameralist.h"
 #include "commandline.h"
 #include "console.h"
@@ -22,6 +23,11 @@ WatchCommand::WatchCommand(bool json, QObject *parent)
 
 int WatchCommand::run()
 {
+    QString error;
+    if (availableCameras().isEmpty() && !backendPlugin(&error)) { // none would ever come
+        printError(error);
+        return Failure;
+    }
     Interruption interruption;
     connect(&interruption, &Interruption::interrupted, this,
             [] { QCoreApplication::exit(Success); });
@@ -55,10 +61,8 @@ void WatchCommand::tell(const QString &event, const QString &id, const QString &
                                { QStringLiteral("name"), name } };
     const bool written = m_json ? printJson(QJsonDocument(object), QJsonDocument::Compact)
                                 : printLine(QStringLiteral("%1 %2  %3").arg(event, id, name));
-    if (!written) {
-        printError(QStringLiteral("standard output cannot be written to"));
+    if (!written)
         QCoreApplication::exit(Failure);
-    }
 }
 
 } // namespace Tool

@@ -17,6 +17,9 @@ private slots:
     void list_hasNoCamera_whenThereIsNone();
     void list_showsTheOthers_whenOneEntryIsWrong();
     void list_leavesOutTheCamerasOfOtherPlugins();
+    void commands_tellOfAMissingPlugin_data();
+    void commands_tellOfAMissingPlugin();
+    void list_tellsThatItsOutputIsLost();
     void wrongArguments_areExplained();
 };
 
@@ -133,6 +136,47 @@ void ListToolTest::list_leavesOutTheCamerasOfOtherPlugins()
                                        QStringLiteral("--frames"), QStringLiteral("1") });
     QVERIFY(previewed.exitCode > 0);
     QVERIFY2(previewed.errors.contains("there is no camera \"/dev/other\""), previewed.errors);
+}
+
+void ListToolTest::commands_tellOfAMissingPlugin_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("list") << QStringList { "list" };
+    QTest::newRow("watch") << QStringList { "watch" };
+    QTest::newRow("preview") << QStringList { "preview", "pattern:back", "--frames", "1" };
+    QTest::newRow("record") << QStringList { "record",   "--camera",  "pattern:back",
+                                             "none.mkv", "--seconds", "0.1" };
+}
+
+// The program finds its plugins from where it is.
+void ListToolTest::commands_tellOfAMissingPlugin()
+{
+    QFETCH(QStringList, arguments);
+    const QTemporaryDir folder;
+    const QString tool = folder.filePath(QStringLiteral("ocelle"));
+    QVERIFY(QFile::copy(QStringLiteral(OCELLE_TOOL), tool));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("QT_PLUGIN_PATH"));
+    environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.setWorkingDirectory(folder.path());
+    process.start(tool, arguments);
+    QVERIFY(process.waitForFinished());
+    QVERIFY(process.exitCode() > 0);
+    const QByteArray errors = process.readAllStandardError();
+    QVERIFY2(errors.contains("there is no plugin libocellebackend.so in /"), errors);
+}
+
+void ListToolTest::list_tellsThatItsOutputIsLost()
+{
+    QProcess process;
+    process.setStandardOutputFile(QStringLiteral("/dev/full"));
+    process.start(QStringLiteral(OCELLE_TOOL), { QStringLiteral("list") });
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 1);
+    const QByteArray errors = process.readAllStandardError();
+    QCOMPARE(errors.count("standard output cannot be written to: No space left on device\n"), 1);
 }
 
 void ListToolTest::wrongArguments_areExplained()
