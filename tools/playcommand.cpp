@@ -7,7 +7,6 @@
 #include "interruption.h"
 
 #include <QCoreApplication>
-#include <QImageWriter>
 
 namespace Tool {
 namespace {
@@ -30,6 +29,10 @@ PlayCommand::PlayCommand(const PlayOptions &options, QObject *parent)
     };
     connect(&m_surface, &PreviewSurface::pictureTaken, this,
             [this] { m_player.onPicture(m_surface.frame()); });
+    connect(&m_surface, &PreviewSurface::firstPictureTaken, this, [this] {
+        if (m_options.realTime && !m_options.frames)
+            printNote(QStringLiteral("%1 plays; Ctrl-C ends this.").arg(m_options.file));
+    });
     connect(&m_surface, &PreviewSurface::limitReached, this, stop, Qt::QueuedConnection);
     connect(&m_player, &FilePlayer::noticed, this, printNote);
     connect(&m_player, &FilePlayer::failed, this, &PlayCommand::fail);
@@ -105,12 +108,10 @@ bool PlayCommand::saveSnapshot()
         return true;
     QString error = QStringLiteral("there is no picture");
     if (m_surface.frame().isValid()) {
-        QImageWriter writer(m_options.snapshot);
-        if (writer.write(m_surface.image())) {
+        if (saveImage(m_surface.image(), m_options.snapshot, &error)) {
             m_snapshot = m_options.snapshot;
             return true;
         }
-        error = writer.errorString();
     }
     printError(QStringLiteral("the snapshot %1 was not saved: %2").arg(m_options.snapshot, error));
     return false;
