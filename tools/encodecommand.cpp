@@ -100,7 +100,12 @@ bool EncodeCommand::readPicture()
     QString error;
     switch (m_reader->read(&m_next, &error)) {
     case VideoFileReader::Result::Picture:
-        return true;
+        if (m_size.isEmpty())
+            m_size = m_next.size();
+        if (m_next.size() == m_size)
+            return true;
+        error = sizeChange(m_options.input, m_size, m_next.size());
+        break;
     case VideoFileReader::Result::End:
         error = m_reader->missingEnd();
         break;

@@ -43,6 +43,7 @@ private:
     std::unique_ptr<VideoFileReader> m_reader;
     std::unique_ptr<Recording> m_recording;
     RecordReport m_report;
+    QSize m_size;       // of the first picture
     QVideoFrame m_next; // read, and not yet taken by the encoder
     int m_exitCode = 0;
     bool m_isFinished = false;

@@ -45,6 +45,16 @@ std::optional<RecordingSettings> recordingSettings(const EncodingOptions &option
     return settings;
 }
 
+QString sizeChange(const QString &file, QSize before, QSize after)
+{
+    return QStringLiteral("%1: the pictures change from %2x%3 to %4x%5, which one file cannot hold")
+            .arg(file)
+            .arg(before.width())
+            .arg(before.height())
+            .arg(after.width())
+            .arg(after.height());
+}
+
 RecordCommand::RecordCommand(const RecordOptions &options, QObject *parent)
     : QObject(parent)
     , m_options(options)

@@ -25,6 +25,9 @@ namespace Tool {
  */
 std::optional<RecordingSettings> recordingSettings(const EncodingOptions &options, QString *error);
 
+/*! Says that the pictures of \a file do not all have one size. */
+QString sizeChange(const QString &file, QSize before, QSize after);
+
 /*!
  * Records a camera's pictures to a file.
  *

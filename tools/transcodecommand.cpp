@@ -119,14 +119,7 @@ void TranscodeCommand::encode()
         const QVideoFrame &picture = m_pictures.head();
         const QSize size = m_report.settings.size;
         if (picture.size() != size) {
-            fail(QStringLiteral(
-                         "%1: the pictures change from %2x%3 to %4x%5, which one file cannot "
-                         "hold")
-                         .arg(m_options.input)
-                         .arg(size.width())
-                         .arg(size.height())
-                         .arg(picture.size().width())
-                         .arg(picture.size().height()));
+            fail(sizeChange(m_options.input, size, picture.size()));
             return;
         }
         if (!m_recording->encode(picture))

@@ -30,6 +30,7 @@ private slots:
     void encode_tellsTheEncodersReason();
     void encode_keepsWhatIsThere_ofACutFile();
     void encode_tellsOfDamage();
+    void encode_tellsOfPicturesThatChangeTheirSize();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -286,6 +287,27 @@ void EncodeToolTest::encode_tellsOfDamage()
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.errors.contains("in.h264: is damaged in 1 places"), result.errors.constData());
     QVERIFY(RecordedVideo::read(path("out.mkv")).packets > 10);
+}
+
+void EncodeToolTest::encode_tellsOfPicturesThatChangeTheirSize()
+{
+    QFile all(path("in.h264"));
+    QVERIFY(all.open(QIODevice::WriteOnly));
+    for (const int width : { 320, 640 }) {
+        PatternVideo video;
+        video.width = width;
+        QVERIFY(video.write(path("part.h264")));
+        QFile part(path("part.h264"));
+        QVERIFY(part.open(QIODevice::ReadOnly));
+        QVERIFY(all.write(part.readAll()) > 0);
+        QVERIFY(part.remove());
+    }
+    all.close();
+    const ToolResult result = ToolProcess::run({ "encode", path("in.h264"), path("out.mkv") });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("the pictures change from 320x240 to 640x240"),
+             result.errors.constData());
+    QCOMPARE(RecordedVideo::read(path("out.mkv")).packets, 12); // what could be kept
 }
 
 QTEST_GUILESS_MAIN(EncodeToolTest)
