@@ -187,6 +187,7 @@ void PreviewCommand::finish(int exitCode, const QString &error)
         return;
     m_finished = true;
     m_report.delivery = deliveryTo(&m_surface);
+    m_surface.setLimit(m_surface.presented()); // what comes now is not in those figures
     m_report.device = deviceOf(m_options.camera);
     m_tick.stop();
     if (!error.isEmpty())
