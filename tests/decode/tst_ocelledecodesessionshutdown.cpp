@@ -123,7 +123,9 @@ private slots:
         if (what == "restart" || what == "frame" || what == "decoder")
             QVERIFY(f.activate());
         QPointer<OcelleDecodeService> service(f.service.get());
-        connect(f.control, &QPVDecodeControl::error, this, [&] { delete f.service.release(); });
+        QObject receiver; // takes with it what is queued for it once the service has gone
+        connect(f.control, &QPVDecodeControl::error, &receiver,
+                [&] { delete f.service.release(); });
         if (what == "create" || what == "restart") {
             f.script->createFails = true;
             QVERIFY(!f.control->start(streamSettings("video/vp8")));

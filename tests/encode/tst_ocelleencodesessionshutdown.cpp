@@ -138,7 +138,9 @@ private slots:
         if (what == "restart" || what == "sink" || what == "encoder")
             QVERIFY(f.activate());
         QPointer<OcelleEncodeService> service(f.service.get());
-        connect(f.control, &QPVEncodeControl::error, this, [&] { delete f.service.release(); });
+        QObject receiver; // takes with it what is queued for it once the service has gone
+        connect(f.control, &QPVEncodeControl::error, &receiver,
+                [&] { delete f.service.release(); });
         sink.starts = false;
         if (what == "start" || what == "restart")
             f.script->createFails = true;
