@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Delivers pictures from a camera's thread to a video surface, for an instruction counter to watch.
 //
 //   backend   through the camera service and the platform's video output

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The yardstick: Qt's own GStreamer back end bringing ready pictures of a live source to a video
 // surface, or the same source with nothing behind it in place of Qt.
 // Prints CPU time per picture, pictures per second, and how long the first picture took.

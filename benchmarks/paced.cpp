@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Ready pictures, 30 a second, from a camera's thread to a video surface through the camera service
 // and the platform's video output. With --floor by the least that any Qt program has to do instead,
 // with --source the camera alone.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Previews a camera through Qt's own QCamera and tells what that took: CPU time per picture once it
 // runs, pictures per second, and how long the first picture took. Which plugin serves it is up to Qt.
 

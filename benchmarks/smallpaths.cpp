@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The small paths, one by one. Compare with BM_Slot, a shared pointer into a mutex-guarded slot and
 // out again, in the same run.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Runs a camera of the platform with nobody behind it, and tells what that took: CPU time per
 // picture, pictures per second, and how long the first picture took after the start.
 

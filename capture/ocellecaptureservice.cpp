@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ocellecaptureservice.h"
 
 #include "ocellecapturecontrol.h"

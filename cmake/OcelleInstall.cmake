@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # How others find the installed headers and libraries, with CMake or pkg-config. The installed tree
 # can be moved: every path in it is relative to the file that names it.
 include(CMakePackageConfigHelpers)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # What every target here shares: warnings, hidden symbols, language level and where plugins go.
 
 set(OCELLE_PLUGIN_OUTPUT_DIR "${CMAKE_BINARY_DIR}/plugins")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # ocelle_test(<name> [STANDARD 14|17] [SOURCES ...] [LIBRARIES ...] [LABELS ...] [ENVIRONMENT ...]
 #             [TIMEOUT seconds] [SERIAL] [X11])
 # One Qt Test program from <name>.cpp, run by CTest without a display; with X11, on an X server that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ocelleencodersettingscontrol.h"
 
 #include "ocelleencodesession.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // A driver's answers about sizes and intervals, as the raw records, to what cameras offer.
 #include "capturemodes.h"
 #include "v4l2format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Compressed frames, whatever they are, through a decoder. The first byte says which and how; of
 // each frame two bytes tell the length, of which the uppermost bit stands for a flush after it.
 #include "graphicbuffer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // One picture of a Motion JPEG stream, whatever it is, into planes of a fixed or the picture's size.
 #include "jpegdecoder.h"
 #include "jpegscan.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // What udev and sysfs tell of a device, as lines NAME=VALUE, to its ids and name.
 #include "deviceidentity.h"
 #include "nodekind.h"

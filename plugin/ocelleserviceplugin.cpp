@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ocelleserviceplugin.h"
 
 QMediaService *OcelleServicePlugin::create(const QString &key)

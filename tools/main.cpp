@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "commandline.h"
 #include "doctorcommand.h"
 #include "encodecommand.h"

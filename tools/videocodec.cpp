@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "videocodec.h"
 
 #include "cameralist.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Compressed pictures through the whole decoder service: handed to its control, pictures taken by a
 // surface. Prints CPU time per picture (microseconds), the median time from decode() to present()
 // (milliseconds), peak memory (KB), and the time from start() to the first picture (milliseconds).

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The yardstick for decoding: compressed pictures in a loop around libavcodec's own calls, with as
 // many threads as the camera library's decoders have. Prints what bench-decode does; the times are
 // those from a unit to its picture, and from opening the codec to the first one.

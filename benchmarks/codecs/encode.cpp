@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Raw pictures through the whole encoder service: handed to its control, units taken by a sink.
 // Prints CPU time per picture (microseconds), the median time from encode() to present()
 // (milliseconds), peak memory (KB), and bytes put out.

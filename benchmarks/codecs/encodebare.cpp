@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The yardstick for encoding: raw pictures in a loop around a codec library's own calls, with the
 // settings that the camera library gives it.
 // Prints CPU time per picture (microseconds), its median time (milliseconds), peak memory (KB), and

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The yardstick for playing: Qt's own GStreamer back end decoding a file to a video surface.
 // Prints CPU time per picture (microseconds), pictures per second, how long the first picture took
 // (milliseconds), and peak memory (KB).

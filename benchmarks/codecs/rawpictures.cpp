@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "rawpictures.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "readydecoder.h"
 
 using Veltra::Ocelle::DecoderConfig;

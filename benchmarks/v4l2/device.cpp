@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Previews a V4L2 camera through Qt's own QCamera, the bridge and the plugin, and tells what that took:
 // CPU time per picture in microseconds, pictures per second, milliseconds to the first picture.
 

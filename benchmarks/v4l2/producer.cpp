@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Takes pictures of a V4L2 camera whose driver has each one ready at once, for a count of the
 // instructions that one takes on its way through the source. usage: bench-producer WIDTHxHEIGHT PICTURES
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "framecopier.h"
 #include "picturemailbox.h"
 #include "statisticsregistry.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "cameraselection.h"
 #include "decode/localdecoderfactories.h"
 #include "encode/localencoderfactories.h"

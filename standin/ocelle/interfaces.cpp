@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The parts of the platform's interfaces that live in this library: destructors, with which the
 // virtual tables and the type information come, and the operations that nobody uses.
 

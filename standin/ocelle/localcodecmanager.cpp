@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "localcodecmanager.h"
 
 #include "decode/decoderfactory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // The parts of the decoder's interface that live in this library.
 
 #include "listenercallscope.h"

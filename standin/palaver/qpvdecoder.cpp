@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <palaver/qpvdecoder.h>
 
 QPVDecoder::QPVDecoder(QObject *parent)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "qpvmetatypes.h"
 
 #include <palaver/qpvencodedvideosourcecontrol.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <palaver/qpvencoder.h>
 
 QPVEncoder::QPVEncoder(QObject *parent)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <palaver/qpvsource.h>
 
 QPVSource::~QPVSource() = default;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Tells which camera Qt gives an ordinary application: what a plain QCamera is served by, and the
 // cameras that Qt lists. Plugins come from the folder given and from nowhere else.
 #include <QCamera>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "pluginfolder.h"
 
 #include <QCamera>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // A decoder service that is still decoding when the application's event loop has returned, or when
 // the application object has gone. tst_decodeafterexec runs this and looks whether it ends.
 #include "decodeservicefixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // An encoder service that is still encoding when the application's event loop has returned, or when
 // the application object has gone. tst_encodeafterexec runs this and looks whether it ends.
 #include "encodeservicefixture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "encodeservicefixture.h"
 #include "ocelleencodeworker.h"
 #include "testpicture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "calllog.h"
 #include "encoderfixture.h"
 #include "librarythread.h"

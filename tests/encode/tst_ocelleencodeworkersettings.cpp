@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "encodeworkerfixture.h"
 #include "eventcounter.h"
 #include "testpicture.h"

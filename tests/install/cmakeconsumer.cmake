@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # A project of somebody else finds the headers and libraries with find_package.
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # Builds the plugins against libraries as they are on a device, each a single file named like its
 # soname, and lets an application use the result.
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")

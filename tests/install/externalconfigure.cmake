@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # Only configures for a device's own libraries: those of PROVIDED, or without that all of the prefix.
 # Succeeds without ERROR, and with it only where configuring fails for that reason.
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")

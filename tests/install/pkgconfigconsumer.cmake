@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # The same program, found and built with pkg-config.
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # The installed plugins give an ordinary Qt application its cameras.
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

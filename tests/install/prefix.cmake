@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # Installs into an empty prefix and checks that everything is where it belongs.
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # run(<what> <command...>): ends the test where the command fails; its output is in run_output.
 function(run what)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // An application that has its camera open when it ends, in the way that the argument says. Exits
 // with 0 if it saw a picture and came to its end.
 #include "picturesurface.h"

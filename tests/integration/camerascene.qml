@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 import QtMultimedia 5.15
 import QtQuick 2.15
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Decodes many small pictures with each codec and checks the number in each: the stream is started
 // anew, drained and begun with another size. Fails if memory keeps growing.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Encodes hours of video faster than they last, with each codec: rotation and bit rate change, key
 // frames are asked for, the encoder is stopped and started again. Fails if memory keeps growing.
 //

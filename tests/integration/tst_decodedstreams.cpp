@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "decodingclient.h"
 #include "encodingclient.h"
 #include "mediaunits.h"

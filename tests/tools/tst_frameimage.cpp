@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "frameimage.h"
 #include "patternreader.h"
 #include "testpattern.h"

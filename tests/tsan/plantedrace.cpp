@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // One thread's work seen by another, rightly and wrongly. ThreadSanitizer has to report the wrong
 // way and nothing else; tst_tsansetup runs this program and looks.
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // What the distribution's Qt does to order threads, told to ThreadSanitizer. Qt is not compiled
 // with it, so without this every mutex-guarded member would be reported as a race.
 //

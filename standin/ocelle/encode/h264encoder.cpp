@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "h264encoder.h"
 
 #include "codecopening.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "softwareencoderfactory.h"
 
 #ifdef OCELLE_X264

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "capturemodes.h"
 
 #include "v4l2format.h"

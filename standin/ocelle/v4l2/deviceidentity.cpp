@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "deviceidentity.h"
 
 #include <linux/v4l2-controls.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "udevvideonodes.h"
 
 #include <libudev.h>

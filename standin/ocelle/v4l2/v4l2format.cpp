@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "v4l2format.h"
 
 #include <linux/videodev2.h>

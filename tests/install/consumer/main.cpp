@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // A stranger's program that uses all three libraries: lists the cameras, makes a video output and
 // knows the raw video source control.
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 // Ends with a camera streaming and the folder of a source being watched, as an application may that
 // leaves by exit(). Nothing of the library may crash, hang or count as leaked then.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 # cmake -DNM=... -DLIBRARY=... -P exports.cmake
 # Fails if a library exports anything but the platform's interfaces.
 execute_process(COMMAND "${NM}" --dynamic --defined-only --demangle "${LIBRARY}"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "recordinglistener.h"
 #include "scriptedproducer.h"
 #include "stderrcapture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "camerastatistics.h"
 #include "filesource.h"
 #include "patternreader.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "rawpicture.h"
 
 #include <libyuv/convert_argb.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "patternreader.h"
 #include "picture.h"
 #include "testpattern.h"

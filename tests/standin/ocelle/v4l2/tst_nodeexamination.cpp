@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "nodeexamination.h"
 #include "scriptedv4l2system.h"
 #include "scriptedvideonodes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "camerarates.h"
 #include "devicequery.h"
 #include "ratemeter.h"
