@@ -2,6 +2,7 @@
 #include "ocelleencodesession.h"
 
 #include "ocelleencodecontrol.h"
+#include "ocelleencodelistener.h"
 #include "ocelleencodelog.h"
 #include "ocelleencoder.h"
 #include "ocelleencodeworker.h"
@@ -14,11 +15,9 @@
 #include <ocelle/codecmanager.h>
 #include <palaver/qpvencodedvideoframe.h>
 
-#include <algorithm>
 #include <utility>
 
 using Veltra::Ocelle::FrameType;
-using Veltra::Ocelle::VideoEncoder;
 using Veltra::Ocelle::VideoEncoderParameter;
 
 namespace {
@@ -40,6 +39,7 @@ OcelleEncodeSession::OcelleEncodeSession(OcelleProvider *provider, QObject *pare
     : QObject(parent)
     , m_codecManager(provider->codecManager())
     , m_control(new OcelleEncodeControl(this))
+    , m_listener(OcelleEncodeListener::create(this))
     , m_workerThread(new OcelleWorkerThread(
               QStringLiteral("EncodeWorker"),
               [this](int status) { onStatusChanged(QPVEncoder::Status(status)); }))
@@ -75,7 +75,7 @@ void OcelleEncodeSession::shutdown()
     }
     m_workerThread->quit();
     m_workerThread->waitServingEvents();
-    detachFromEncoders();
+    m_listener->close(); // encoders that the platform still holds
     m_output.finishIfStarted();
 }
 
@@ -185,9 +185,7 @@ OcelleEncodeSession::Start OcelleEncodeSession::acquireAndStart(bool restarts)
             OcelleEncoder::codecType(videoSettings().codec()), 0);
     if (!encoder)
         return Start::NoEncoder;
-    if (!keep(encoder))
-        return Start::Cancelled;
-    encoder->lockAndSetListener(this);
+    encoder->lockAndSetListener(m_listener);
     QMutexLocker locker(&m_settingsMutex);
     if (m_isShutDown || (restarts && m_restart != Restart::Starting))
         return Start::Cancelled;
@@ -204,18 +202,6 @@ bool OcelleEncodeSession::reportStart(Start result)
     else if (result == Start::Refused)
         setError(QPVEncoder::EncoderError, QStringLiteral("Init error"));
     return result == Start::Done;
-}
-
-/*! Remembers whom to tell when the session goes; false where it is going already. */
-bool OcelleEncodeSession::keep(const Encoder &encoder)
-{
-    QMutexLocker locker(&m_settingsMutex);
-    if (m_isShutDown)
-        return false;
-    const auto gone = [](const std::weak_ptr<VideoEncoder> &kept) { return kept.expired(); };
-    m_encoders.erase(std::remove_if(m_encoders.begin(), m_encoders.end(), gone), m_encoders.end());
-    m_encoders.push_back(encoder);
-    return true;
 }
 
 bool OcelleEncodeSession::addSink(QPVSink *sink)
@@ -337,18 +323,4 @@ void OcelleEncodeSession::onWorkerIdle()
     }
     if (status() == QPVEncoder::UnloadedStatus)
         m_output.finishIfStarted();
-}
-
-/*! Encoders that the platform still holds shall not find a session that is gone. */
-void OcelleEncodeSession::detachFromEncoders()
-{
-    std::vector<std::weak_ptr<VideoEncoder>> encoders;
-    {
-        QMutexLocker locker(&m_settingsMutex);
-        encoders.swap(m_encoders);
-    }
-    for (const std::weak_ptr<VideoEncoder> &kept : encoders) {
-        if (const Encoder encoder = kept.lock())
-            encoder->lockAndSetListener(nullptr);
-    }
 }

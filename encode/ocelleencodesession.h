@@ -18,9 +18,9 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 class OcelleEncodeControl;
+class OcelleEncodeListener;
 class OcelleEncodeWorker;
 class OcelleProvider;
 class QPVEncodeControl;
@@ -98,14 +98,13 @@ private:
     void finishRestartingEncoder();
     Start acquireAndStart(bool restarts);
     bool reportStart(Start result);
-    bool keep(const Encoder &encoder);
     void onEncoderStarting();
     void onEncoderUnloaded();
     void onWorkerIdle();
-    void detachFromEncoders();
 
     Veltra::Ocelle::CodecManager *const m_codecManager; // not owned
     OcelleEncodeControl *const m_control;               // owned
+    OcelleEncodeListener *const m_listener;             // what encoders call; stays behind
     OcelleEncodedVideoOutput m_output;
     OcelleWorkerThread *const m_workerThread; // owned
     OcelleEncodeWorker *const m_worker;       // owned, lives in that thread
@@ -116,6 +115,5 @@ private:
     QVideoEncoderSettings m_settings;
     QVideoSurfaceFormat m_format; // as last started with
     Restart m_restart = Restart::None;
-    bool m_isShutDown = false;                                           // nothing starts any more
-    std::vector<std::weak_ptr<Veltra::Ocelle::VideoEncoder>> m_encoders; // that may call back
+    bool m_isShutDown = false; // nothing starts any more
 };

@@ -22,6 +22,13 @@ QStringList calls(const QString &object = QString())
     return CallLog::instance().texts(object);
 }
 
+void tellEverything(FakeVideoEncoder &encoder)
+{
+    encoder.deliver("too late", 8);
+    encoder.fail("torn down");
+    encoder.endStream();
+}
+
 } // namespace
 
 class TestEncodeSessionShutdown : public QObject
@@ -230,18 +237,90 @@ private slots:
 
     void encoderThatThePlatformKeeps_findsNobodyLater()
     {
+        RecordingSink sink;
         EncodeServiceFixture f;
+        f.source->addSink(&sink);
         QVERIFY(f.activate());
         const auto kept = f.platform.codecs.encoder();
-        QVERIFY(kept->hasListener());
         f.control->stop();
         QVERIFY(f.waitForStatus(Unloaded));
-        QVERIFY(kept->hasListener()); // it may still have something to put out
-        QVERIFY(kept->deliver("late", 7));
+        QVERIFY(kept->deliver("late", 7)); // it may still have something to put out
+        QVERIFY(calls("sink").contains("sink: present(7)"));
         f.service.reset();
-        QVERIFY(!kept->hasListener());
-        QVERIFY(!kept->deliver("too late", 8));
-        QVERIFY(!calls("control").contains("control: encodedVideoFrame(8)"));
+        tellEverything(*kept);
+        QVERIFY(!calls("sink").contains("sink: present(8)"));
+    }
+
+    void encoderThatThePlatformDropsWhileTheServiceGoes_findsNobodyLater()
+    {
+        RecordingSink sink;
+        EncodeServiceFixture f;
+        f.source->addSink(&sink);
+        QVERIFY(f.activate());
+        auto kept = f.platform.codecs.encoder();
+        f.control->stop();
+        QVERIFY(f.waitForStatus(Unloaded));
+        f.script->onDestroy = tellEverything;
+        f.script->destroyGate.close();
+        LibraryThread library("FakeEncoder", [&kept] { kept.reset(); });
+        QTRY_COMPARE(f.script->destroyGate.waiting(), 1);
+        f.service.reset(); // nobody can be told now: the last reference has gone
+        f.script->destroyGate.open();
+        library.join();
+        QVERIFY(calls("encoder").contains("encoder 1: destroyed"));
+        QVERIFY(!calls("sink").contains("sink: present(8)"));
+        f.script->onDestroy = nullptr;
+    }
+
+    void service_waitsForACallOfAnEncoderThatThePlatformDrops()
+    {
+        RecordingSink sink;
+        EncodeServiceFixture f;
+        f.source->addSink(&sink);
+        QVERIFY(f.activate());
+        auto kept = f.platform.codecs.encoder();
+        f.control->stop();
+        QVERIFY(f.waitForStatus(Unloaded));
+        f.script->onDestroy = tellEverything;
+        Gate callGate;
+        callGate.close();
+        std::atomic<bool> hasReturned { false };
+        connect(
+                f.control, &QPVEncodeControl::error, f.control,
+                [&] {
+                    callGate.pass();
+                    hasReturned = true;
+                },
+                Qt::DirectConnection);
+        LibraryThread library("FakeEncoder", [&kept] { kept.reset(); });
+        QTRY_COMPARE(callGate.waiting(), 1);
+        LibraryThread opener("FakeOpener", [&] {
+            QTest::qSleep(50); // long enough for a service that does not wait to be gone
+            callGate.open();
+        });
+        f.service.reset();
+        QVERIFY(hasReturned);
+        library.join();
+        opener.join();
+        f.script->onDestroy = nullptr;
+    }
+
+    void service_mayGoInACallOfAnEncoderThatIsGivenUp()
+    {
+        EncodeServiceFixture f;
+        QVERIFY(f.activate());
+        f.script->onDestroy = [](FakeVideoEncoder &encoder) {
+            if (QThread::currentThread() == QCoreApplication::instance()->thread())
+                encoder.fail("given up");
+        };
+        QPointer<OcelleEncodeService> service(f.service.get());
+        connect(f.control, &QPVEncodeControl::error, this, [&] { delete f.service.release(); });
+        // The restart is called off while it gets its encoder, which is given up on this thread.
+        f.script->onCreate = [&f] { f.control->stop(); };
+        f.settings->setVideoSettings(encoderSettings(1, "rotate", 90));
+        QTRY_VERIFY(service.isNull());
+        QTRY_COMPARE(f.platform.codecs.heldEncoders(), 0);
+        f.script->onDestroy = nullptr;
     }
 
     void pictureThatThePlatformKeeps_outlivesTheService()

@@ -48,11 +48,17 @@ bool FakeCodecManager::isDecoderSupported(CodecType type, bool flag)
 std::shared_ptr<VideoEncoder> FakeCodecManager::createVideoEncoder(CodecType type, int flags)
 {
     log("createVideoEncoder", type, flags != 0);
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_encoderScript || m_encoderScript->createFails)
+    std::unique_lock<std::mutex> lock(m_mutex);
+    const std::shared_ptr<FakeEncoderScript> script = m_encoderScript;
+    if (!script || script->createFails)
         return {};
-    const auto encoder = std::make_shared<FakeVideoEncoder>(static_cast<int>(m_encoders.size()) + 1,
-                                                            m_encoderScript);
+    if (script->onCreate) {
+        lock.unlock();
+        script->onCreate();
+        lock.lock();
+    }
+    const auto encoder =
+            std::make_shared<FakeVideoEncoder>(static_cast<int>(m_encoders.size()) + 1, script);
     m_encoders.push_back(encoder);
     return encoder;
 }

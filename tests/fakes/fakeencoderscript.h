@@ -25,6 +25,8 @@ public:
     Gate encodeGate;
     Gate destroyGate;
 
+    /*! Called before an encoder is given out, on the calling thread. */
+    std::function<void()> onCreate;
     /*! Called at the end of encode() and from the destructor, on the calling thread. */
     std::function<void(FakeVideoEncoder &)> onEncode;
     std::function<void(FakeVideoEncoder &)> onDestroy;
