@@ -13,8 +13,9 @@ namespace Ocelle {
 namespace {
 
 constexpr std::uint32_t WantedBuffers = 8;
-constexpr std::uint32_t LeastBuffers = 2;
+constexpr std::uint32_t LeastBuffers = 4;
 constexpr std::size_t KeptBuffers = 2; // stay with the driver, which would lose pictures otherwise
+constexpr int NoDevice = -1;
 constexpr std::uint32_t Capture = V4L2_BUF_TYPE_VIDEO_CAPTURE;
 
 v4l2_buffer mappedBuffer(std::uint32_t index)
@@ -77,6 +78,11 @@ V4l2System::Wait DriverStream::wait(int wakeUp, std::chrono::milliseconds timeou
     return m_system->wait(m_device->descriptor(), wakeUp, timeout);
 }
 
+void DriverStream::pause(int wakeUp, std::chrono::milliseconds time)
+{
+    m_system->wait(NoDevice, wakeUp, time);
+}
+
 DriverStream::Dequeued DriverStream::dequeue(Picture &picture)
 {
     v4l2_buffer buffer = mappedBuffer(0);
@@ -85,6 +91,10 @@ DriverStream::Dequeued DriverStream::dequeue(Picture &picture)
         return Dequeued::Nothing;
     if (error || buffer.index >= m_buffers.size()) {
         fail("stopped", error ? error : EIO);
+        return Dequeued::Failed;
+    }
+    if (isOut(buffer.index)) {
+        failWith("stopped", "its driver filled a buffer that it had not been given back");
         return Dequeued::Failed;
     }
     const Buffer &memory = m_buffers[buffer.index];
@@ -146,6 +156,12 @@ void DriverStream::giveBack(std::uint32_t index)
         m_system->unmap(unmapped.memory, unmapped.length);
 }
 
+bool DriverStream::isOut(std::uint32_t index)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_out[index];
+}
+
 bool DriverStream::setFormat(const CaptureMode &mode)
 {
     v4l2_format format {};
@@ -195,7 +211,9 @@ bool DriverStream::mapBuffers()
     if (const int error = m_device->ioctl(VIDIOC_REQBUFS, &request))
         return fail(operation, error);
     if (request.count < LeastBuffers)
-        return fail(operation, ENOMEM);
+        return failWith(operation, "it has buffers for " + std::to_string(request.count) +
+                                           " only, and streaming takes " +
+                                           std::to_string(LeastBuffers));
 
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_returned.reserve(request.count);

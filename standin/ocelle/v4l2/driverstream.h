@@ -53,6 +53,8 @@ public:
     void stop();
 
     V4l2System::Wait wait(int wakeUp, std::chrono::milliseconds timeout);
+    /*! Without looking at the device, until that time is over or \a wakeUp is written. */
+    void pause(int wakeUp, std::chrono::milliseconds time);
     Dequeued dequeue(Picture &picture);
     /*! Lets the driver use that picture's buffer again. */
     bool requeue(std::uint32_t index);
@@ -77,6 +79,7 @@ private:
         std::size_t length = 0;
     };
 
+    bool isOut(std::uint32_t index);
     bool setFormat(const CaptureMode &mode);
     bool setInterval(const CaptureMode &mode);
     bool mapBuffers();

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::uint32_t MaxLost = 1000; // pictures; a longer gap is a driver that counts otherwise
 constexpr std::chrono::milliseconds LongestWait { 100 };
+constexpr std::chrono::milliseconds Pause { 10 };
 constexpr std::chrono::milliseconds Slack { 5 }; // due a little before it is there: no wait for it
 
 double ratePerSecond(const v4l2_fract &interval)
@@ -156,6 +157,7 @@ bool V4l2Producer::takePicture()
     case DriverStream::Dequeued::Failed:
         return fail(m_stream->trouble());
     case DriverStream::Dequeued::Nothing:
+        holdOff();
         return true;
     case DriverStream::Dequeued::Picture:
         break;
@@ -173,6 +175,13 @@ bool V4l2Producer::takePicture()
     m_counters->captured.fetch_add(1, std::memory_order_release);
     m_counters->dropped.fetch_add(1, std::memory_order_release);
     return drop(picture.index);
+}
+
+/*! A driver that tells of a picture and has none would keep a processor busy. */
+void V4l2Producer::holdOff()
+{
+    m_stream->pause(m_wakeUp.descriptor(), Pause);
+    m_waited += std::min<Clock::duration>(Clock::now() - m_arrived, LongestWait);
 }
 
 /*! Gives the driver its picture back. */

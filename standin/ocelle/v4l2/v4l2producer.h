@@ -68,6 +68,7 @@ private:
     void noteStart();
     bool waitForPicture();
     bool takePicture();
+    void holdOff();
     bool drop(std::uint32_t index);
     void countSequence(std::uint32_t sequence);
     bool isPatient();

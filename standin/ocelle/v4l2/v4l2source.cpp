@@ -112,6 +112,12 @@ bool V4l2Source::getCapabilities(const std::string &id, std::vector<CameraCapabi
     Device device;
     if (!findCamera(id, device))
         return false;
+    if (!device.answers) {
+        if (const std::shared_ptr<CaptureControl> control = findOpened(id)) {
+            all = control->description().capabilities;
+            return true;
+        }
+    }
     if (!device.answers && !ask(device, OpenDevice(m_system, device.node.node)))
         return false;
     all = capabilitiesOf(device.answers->modes);
@@ -160,6 +166,14 @@ bool V4l2Source::findCamera(const std::string &id, Device &found)
         return true;
     }
     return false;
+}
+
+/*! The camera opened last with that id, if it still is, unplugged or not. */
+std::shared_ptr<CaptureControl> V4l2Source::findOpened(const std::string &id)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_opened.find(id);
+    return found == m_opened.end() ? nullptr : found->second.lock();
 }
 
 /*! Sees to it that \a device has answers that are good for capturing; if not, says why. */
@@ -222,6 +236,7 @@ bool V4l2Source::addOpened(const Device &device, const std::shared_ptr<CaptureCo
                                 [](const auto &other) { return other.expired(); }),
                  opened.end());
     opened.push_back(control);
+    m_opened[device.id] = control;
     return true;
 }
 

@@ -32,7 +32,8 @@ namespace Ocelle {
  * Listing opens a device only for what udev does not know: whether it is a camera at all, where
  * udev's daemon has not looked, and where it is mounted, which only built-in cameras know. It is
  * asked once after it was plugged in, on this source's own thread. The capabilities of others are
- * asked for when the camera is opened, or by capabilities() before that.
+ * asked for when the camera is opened, or by getCapabilities() before that. Whoever has a camera
+ * open gets those it was opened with, also where it was plugged in anew meanwhile.
  *
  * Threads: any; its own one, named "OcelleV4l2", lists and watches.
  * Owner:   the camera manager.
@@ -65,6 +66,7 @@ private:
     static Device *find(Devices &devices, const VideoNode &node);
     std::unique_lock<std::mutex> lockListed(); // m_mutex, once there is a list
     bool findCamera(const std::string &id, Device &found);
+    std::shared_ptr<CaptureControl> findOpened(const std::string &id);
     bool ask(Device &device, const OpenDevice &opened);
     static void report(const Device &device, const V4l2Trouble &trouble, const OpenDevice &opened);
     std::shared_ptr<CaptureControl> makeControl(const Device &device) const;
@@ -94,6 +96,7 @@ private:
     bool m_listed = false;
     bool m_isListedLate = false; // someone could not wait for it and has seen no camera
     Devices m_devices;           // those that are offered
+    std::map<std::string, std::weak_ptr<CaptureControl>> m_opened; // the latest by id
 
     std::thread m_thread;
 };

@@ -30,7 +30,10 @@ public:
     virtual void *map(int device, std::size_t length, std::int64_t offset) = 0;
     virtual void unmap(void *memory, std::size_t length) = 0;
 
-    /*! Until \a device has a picture or is broken, or \a wakeUp, an event descriptor, is written. */
+    /*!
+     * Until \a device has a picture or is broken, or \a wakeUp, an event descriptor, is written. A
+     * negative \a device is not waited for.
+     */
     virtual Wait wait(int device, int wakeUp, std::chrono::milliseconds timeout) = 0;
 };
 

@@ -49,8 +49,10 @@ std::string reasonAndRemedy(const V4l2Trouble &trouble, const std::string &node,
     case EBUSY:
         return holder.empty() ? "another program uses it; close that first"
                               : "it is in use by " + holder + "; stop it there first";
-    case EACCES:
-    case EPERM: {
+    case EPERM: // of control groups; file permissions give the next one
+        return "it is kept from this program by its container or sandbox, which has to be given the "
+               "device";
+    case EACCES: {
         const std::string remedy = groupRemedy(node);
         return remedy.empty() ? "permission denied" : "permission denied; " + remedy;
     }

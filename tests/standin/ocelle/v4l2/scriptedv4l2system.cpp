@@ -67,6 +67,12 @@ void ScriptedV4l2System::setInterval(v4l2_fract interval)
     m_interval = interval;
 }
 
+void ScriptedV4l2System::setMostBuffers(std::uint32_t count)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_mostBuffers = count;
+}
+
 void ScriptedV4l2System::setControl(std::uint32_t id, std::int32_t value)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
@@ -106,6 +112,16 @@ bool ScriptedV4l2System::deliver(const Bytes &data, std::chrono::seconds patienc
     m_filled.push_back({ index, std::uint32_t(data.size()), m_sequence++ });
     m_ready.wake();
     return true;
+}
+
+void ScriptedV4l2System::deliverHeld()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    std::uint32_t index = 0;
+    while (std::count(m_queued.begin(), m_queued.end(), index))
+        ++index;
+    m_filled.push_back({ index, std::uint32_t(Length), m_sequence++ });
+    m_ready.wake();
 }
 
 int ScriptedV4l2System::opens() const
@@ -228,11 +244,14 @@ void ScriptedV4l2System::unmap(void *memory, std::size_t length)
         misuse("unmapped what was not mapped");
 }
 
-Veltra::Ocelle::V4l2System::Wait ScriptedV4l2System::wait(int, int wakeUp,
+Veltra::Ocelle::V4l2System::Wait ScriptedV4l2System::wait(int device, int wakeUp,
                                                           std::chrono::milliseconds timeout)
 {
-    pollfd waited[] = { { m_ready.descriptor(), POLLIN, 0 }, { wakeUp, POLLIN, 0 } };
+    pollfd waited[] = { { device < 0 ? -1 : m_ready.descriptor(), POLLIN, 0 },
+                        { wakeUp, POLLIN, 0 } };
     ::poll(waited, 2, int(timeout.count()));
+    if (device < 0)
+        return waited[1].revents ? Wait::Woken : Wait::TimedOut;
     std::unique_lock<std::mutex> lock(m_mutex);
     const std::chrono::milliseconds stall = m_stall;
     lock.unlock();
@@ -273,7 +292,8 @@ int ScriptedV4l2System::answer(unsigned long request, void *argument)
         as<v4l2_streamparm>(argument).parm.capture.timeperframe = m_interval;
         return 0;
     case VIDIOC_REQBUFS:
-        m_buffers = as<v4l2_requestbuffers>(argument).count;
+        m_buffers = std::min(as<v4l2_requestbuffers>(argument).count, m_mostBuffers);
+        as<v4l2_requestbuffers>(argument).count = m_buffers;
         ++m_request;
         return 0;
     case VIDIOC_QUERYBUF:

@@ -43,6 +43,8 @@ public:
     void setCapabilities(std::uint32_t capabilities);
     /*! What it makes of the rate that is asked for, as in the dark. */
     void setInterval(v4l2_fract interval);
+    /*! How many buffers there are at most, however many are asked for. */
+    void setMostBuffers(std::uint32_t count);
     void setControl(std::uint32_t id, std::int32_t value);
     /*! How long before a picture comes its timestamp is; negative: after that. */
     void setAge(std::chrono::microseconds age);
@@ -52,6 +54,9 @@ public:
     void breakDown(int error);
     /*! Puts a picture into the next queued buffer; false where none is queued within that time. */
     bool deliver(const Bytes &data, std::chrono::seconds patience = std::chrono::seconds(10));
+
+    /*! Tells of a picture in the first buffer that is not queued. */
+    void deliverHeld();
 
     // What was done with it
     int opens() const;     // since it was made
@@ -115,6 +120,7 @@ private:
     std::map<void *, Mapping> m_mappings;
     int m_request = 0; // counts those for buffers
     std::uint32_t m_buffers = 0;
+    std::uint32_t m_mostBuffers = 32;
     std::deque<std::uint32_t> m_queued;
     std::deque<Filled> m_filled;
     std::uint32_t m_sequence = 0;

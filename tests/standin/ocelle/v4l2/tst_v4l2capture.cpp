@@ -43,6 +43,8 @@ private slots:
     void buffersHeld_stayValidAfterClose_andAreFreedByTheirHolder();
     void failingCall_isOneSentence_andTheNextStartWorks_data();
     void failingCall_isOneSentence_andTheNextStartWorks();
+    void deviceWithTooFewBuffers_isRefused();
+    void bufferThatIsOut_isNotDeliveredAgain();
     void deviceWithoutChoiceOfRates_captures();
     void goneWhileStreaming_isOneError_data();
     void goneWhileStreaming_isOneError();
@@ -167,6 +169,9 @@ void TestV4l2Capture::failingCall_isOneSentence_andTheNextStartWorks_data()
         QTest::newRow(name) << quint64(request) << error << QString(sentence);
     };
     add("forbidden", 0, EACCES, "does not open: permission denied");
+    add("kept from it", 0, EPERM,
+        "does not open: it is kept from this program by its container or sandbox, which has to be "
+        "given the device");
     add("too many files", 0, EMFILE, "does not open: Too many open files; close some");
     add("busy", VIDIOC_S_FMT, EBUSY,
         "does not take the format: another program uses it; close that first");
@@ -214,6 +219,44 @@ void TestV4l2Capture::failingCall_isOneSentence_andTheNextStartWorks()
     QVERIFY(deliverUntilSeen(grey(1)));
     m_camera->stopCapture();
     QCOMPARE(m_listener->errors().size(), std::size_t(1));
+}
+
+void TestV4l2Capture::deviceWithTooFewBuffers_isRefused()
+{
+    open(V4L2_PIX_FMT_NV12);
+    m_system->setMostBuffers(3);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QTRY_VERIFY(!m_listener->errors().empty());
+    QCOMPARE(QString::fromStdString(m_listener->errors().front()),
+             QStringLiteral(
+                     "Camera \"Test\" (%1) gives no memory for pictures: it has buffers for 3 "
+                     "only, and streaming takes 4")
+                     .arg(Node));
+    m_camera->stopCapture();
+    QCOMPARE(m_system->openNow(), 0);
+
+    m_system->setMostBuffers(4);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(1)));
+}
+
+void TestV4l2Capture::bufferThatIsOut_isNotDeliveredAgain()
+{
+    open(V4L2_PIX_FMT_NV12);
+    m_listener->buffersToKeep = 1;
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(deliverUntilSeen(grey(55)));
+    QTRY_COMPARE(m_system->queuedNow(), std::size_t(7)); // all but the one that is held
+    const int frames = m_listener->frames();
+    m_system->deliverHeld();
+    QTRY_VERIFY(!m_listener->errors().empty());
+    m_camera->stopCapture();
+    QCOMPARE(m_listener->frames(), frames);
+    QCOMPARE(QString::fromStdString(m_listener->errors().front()),
+             QStringLiteral(
+                     "Camera \"Test\" (%1) stopped: its driver filled a buffer that it had not "
+                     "been given back")
+                     .arg(Node));
 }
 
 void TestV4l2Capture::deviceWithoutChoiceOfRates_captures()

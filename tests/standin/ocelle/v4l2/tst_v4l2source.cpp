@@ -34,6 +34,7 @@ private slots:
     void equalSerials_getThePlaceBesides_andKeepTheirIds();
     void serialThatTurnsOutShared_keepsTheIdItWasGiven();
     void capabilities_areAskedForOnce();
+    void capabilities_ofAnOpenCamera_areNotAskedForAnew();
     void busyDevice_isRefused_namingWhoHasIt();
     void deviceInUseHere_isRefused_namingThisProgram();
     void forbiddenDevice_isRefused_namingTheGroup();
@@ -258,6 +259,27 @@ void TestV4l2Source::capabilities_areAskedForOnce()
         QCOMPARE(int(all.front().frameRate), 30);
     }
     QCOMPARE(m_system->opens(), 1);
+}
+
+void TestV4l2Source::capabilities_ofAnOpenCamera_areNotAskedForAnew()
+{
+    list({ webcam("/dev/video0") });
+    std::shared_ptr<Camera> camera = m_source->open(Id);
+    QVERIFY(camera);
+    const int opens = m_system->opens();
+    VideoNode again = webcam("/dev/video0");
+    again.plugged = 2;
+    m_plugged->set({ again });
+    QTRY_COMPARE(m_changes.load(), 1);
+    std::vector<CameraCapability> all;
+    QVERIFY(m_source->getCapabilities(Id, all));
+    QCOMPARE(all.size(), std::size_t(1));
+    QCOMPARE(all.front().width, ScriptedV4l2System::Width);
+    QCOMPARE(m_system->opens(), opens);
+
+    camera.reset(); // then it is the new one that is asked
+    QVERIFY(m_source->getCapabilities(Id, all));
+    QCOMPARE(m_system->opens(), opens + 1);
 }
 
 void TestV4l2Source::busyDevice_isRefused_namingWhoHasIt()

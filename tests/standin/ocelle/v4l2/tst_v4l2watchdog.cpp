@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+#include <cerrno>
+
 using namespace Veltra::Ocelle;
 
 /*! A camera that stops delivering. */
@@ -18,6 +20,7 @@ private slots:
     void silence_isNoError_betweenThePicturesOfASlowDevice();
     void timeThatTheProgramWasStopped_isNoSilence();
     void damagedPicturesOnly_areAnError();
+    void picturesToldOfButNotThere_areSilence_andKeepNoProcessorBusy();
 };
 
 void TestV4l2Watchdog::firstPicture_isWaitedForLonger()
@@ -101,6 +104,20 @@ void TestV4l2Watchdog::damagedPicturesOnly_areAnError()
     QCOMPARE(m_listener->errors().size(), std::size_t(1));
     const QString error = QString::fromStdString(m_listener->errors().front());
     QVERIFY2(error.contains("delivered only damaged pictures for "), qPrintable(error));
+}
+
+void TestV4l2Watchdog::picturesToldOfButNotThere_areSilence_andKeepNoProcessorBusy()
+{
+    open(V4L2_PIX_FMT_NV12, { Milliseconds(500), Milliseconds(500) });
+    m_system->failIoctl(VIDIOC_DQBUF, EAGAIN);
+    QVERIFY(m_camera->startCapture(Only, 255));
+    QVERIFY(m_system->deliver(grey(1)));
+    QTRY_VERIFY_WITH_TIMEOUT(!m_listener->errors().empty(), 30000);
+    m_camera->stopCapture();
+    const QString error = QString::fromStdString(m_listener->errors().front());
+    QVERIFY2(error.contains("delivered no picture for "), qPrintable(error));
+    QVERIFY(m_system->calls(VIDIOC_DQBUF) > 1);
+    QVERIFY(m_system->calls(VIDIOC_DQBUF) <= 60); // one in 10 ms
 }
 
 QTEST_GUILESS_MAIN(TestV4l2Watchdog)
