@@ -30,6 +30,10 @@ struct Words // as they come from the command line
     std::string playRate = "realtime";
     bool check = false;
     std::string pictures;
+    std::string only;
+    std::string device;
+    std::string report;
+    int hotPlug = 0;
 };
 
 void addSizeAndRate(CLI::App *command, Words *words)
@@ -211,6 +215,37 @@ VerifyOptions verifyOptions(const Words &words, bool json)
              codecNamed(QString::fromStdString(words.codec)), json };
 }
 
+void addCompliance(CLI::App *compliance, Words *words, bool *json)
+{
+    constexpr int longest = 3600;
+    compliance->add_option("--only", words->only, "Only checks of that name, such as \"camera.*\"")
+            ->type_name("PATTERN");
+    compliance
+            ->add_option("--device", words->device,
+                         "Only cameras and codecs of that id, such as \"pattern:*\"")
+            ->type_name("PATTERN");
+    compliance
+            ->add_option("--hotplug", words->hotPlug,
+                         "Wait so long for a camera that is plugged in and one that is unplugged")
+            ->type_name("SECONDS")
+            ->check(CLI::Range(1, longest));
+    compliance->add_option("--junit", words->report, "Write the results as JUnit's XML")
+            ->type_name("FILE.xml")
+            ->check(CLI::Validator(folderProblem, ""));
+    compliance->add_flag("--json", *json, "Print the results as JSON, at the end");
+}
+
+ComplianceOptions complianceOptions(const Words &words, bool json)
+{
+    ComplianceOptions options;
+    options.checks.only = QString::fromStdString(words.only);
+    options.checks.device = QString::fromStdString(words.device);
+    options.checks.hotPlug = words.hotPlug;
+    options.report = QFile::decodeName(words.report.c_str());
+    options.json = json;
+    return options;
+}
+
 // Prints what was asked for, or what was wrong.
 ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
 {
@@ -260,9 +295,12 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
             app.add_subcommand("transcode", "Decode a video file and encode it to another one");
     addEncode(transcode, &words, &result.json);
     CLI::App *doctor = app.add_subcommand("doctor", "Find out why something does not work");
-    bool cameras = false;
-    doctor->add_flag("--cameras", cameras, "Look at every video node, opening each")->required();
+    doctor->add_flag("--cameras", result.cameras, "Look at the video nodes only, opening each");
     doctor->add_flag("--json", result.json, "Print what was found as JSON");
+
+    CLI::App *compliance = app.add_subcommand(
+            "compliance", "Check that the platform libraries do what is expected of them");
+    addCompliance(compliance, &words, &result.json);
 
     try {
         app.parse(argc, argv);
@@ -297,6 +335,10 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
     if (transcode->parsed()) {
         result.command = CommandLine::Command::Transcode;
         result.encode = encodeOptions(*transcode, words, result.json);
+    }
+    if (compliance->parsed()) {
+        result.command = CommandLine::Command::Compliance;
+        result.compliance = complianceOptions(words, result.json);
     }
     return result;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
+#include "compliance/options.h"
 #include "videocodec.h"
 
 #include <QSize>
@@ -75,18 +76,38 @@ struct VerifyOptions
     bool json = false;
 };
 
+struct ComplianceOptions
+{
+    Compliance::Options checks;
+    QString report; // file for JUnit's XML; empty for none
+    bool json = false;
+};
+
 /*! What the command line asks for. */
 struct CommandLine
 {
-    enum class Command { List, Watch, Preview, Doctor, Record, Encode, Play, Verify, Transcode };
+    enum class Command {
+        List,
+        Watch,
+        Preview,
+        Doctor,
+        Record,
+        Encode,
+        Play,
+        Verify,
+        Transcode,
+        Compliance,
+    };
 
     Command command = Command::List;
-    bool json = false; // of list, watch and doctor
+    bool json = false;    // of list, watch and doctor
+    bool cameras = false; // of doctor: nothing but the video nodes
     PreviewOptions preview;
     RecordOptions record;
     EncodeOptions encode; // and of transcode
     PlayOptions play;
     VerifyOptions verify;
+    ComplianceOptions compliance;
 };
 
 /*!

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "commandline.h"
+#include "compliancecommand.h"
 #include "doctorcommand.h"
 #include "encodecommand.h"
 #include "environment.h"
@@ -46,6 +47,8 @@ int main(int argc, char *argv[])
         return Tool::VerifyCommand(commandLine->verify).run();
     case Tool::CommandLine::Command::Transcode:
         return Tool::TranscodeCommand(commandLine->encode).run();
+    case Tool::CommandLine::Command::Compliance:
+        return Tool::checkCompliance(commandLine->compliance);
     }
     return Tool::Failure;
 }

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#pragma once
+
+#include <ocelle/codecmanager.h>
+
+namespace Compliance {
+
+class Session;
+
+/*! Whether the platform says that it has such an encoder or decoder, whatever the flag. */
+bool isPromised(Session &session, Veltra::Ocelle::CodecType type, bool encoder);
+
+/*! Whether it lists one. */
+bool isListed(Session &session, Veltra::Ocelle::CodecType type, bool encoder);
+
+} // namespace Compliance
