@@ -16,7 +16,8 @@ set(OCELLE_QT_PLUGIN_DIR "${_qt_plugins_relative}" CACHE STRING
 add_library(ocelle-warnings INTERFACE)
 target_compile_options(ocelle-warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
-  -Wunused -Wformat=2 -Wimplicit-fallthrough -Werror)
+  -Wunused -Wformat=2 -Wimplicit-fallthrough -Werror
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>) # of Qt's logging macros
 if(NOT OCELLE_SANITIZER) # whose checks hide from the compiler what is known of a pointer
   target_compile_options(ocelle-warnings INTERFACE -Wnull-dereference)
 endif()
@@ -41,14 +42,16 @@ function(ocelle_qt_target target standard)
   set_target_properties(${target} PROPERTIES AUTOMOC ON)
 endfunction()
 
-# ocelle_plugin(<target>): a Qt media service plugin, found below ${OCELLE_PLUGIN_OUTPUT_DIR}.
-# It exports the two functions of a Qt plugin and nothing else.
-function(ocelle_plugin target)
+# ocelle_plugin(<target> <component>): a Qt media service plugin, found below
+# ${OCELLE_PLUGIN_OUTPUT_DIR} and installed with that component. It exports the two functions of a
+# Qt plugin and nothing else.
+function(ocelle_plugin target component)
   set(map "${PROJECT_SOURCE_DIR}/cmake/qtplugin.map")
   set_target_properties(${target} PROPERTIES
     LIBRARY_OUTPUT_DIRECTORY "${OCELLE_PLUGIN_OUTPUT_DIR}/mediaservice"
     LINK_DEPENDS "${map}")
   target_link_options(${target} PRIVATE
     "LINKER:--no-undefined" "LINKER:--as-needed" "LINKER:--version-script=${map}")
-  install(TARGETS ${target} LIBRARY DESTINATION "${OCELLE_QT_PLUGIN_DIR}/mediaservice")
+  install(TARGETS ${target} LIBRARY DESTINATION "${OCELLE_QT_PLUGIN_DIR}/mediaservice"
+    COMPONENT ${component})
 endfunction()
