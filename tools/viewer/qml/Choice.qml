@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: BSD-3-Clause
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+import QtQuick.Layouts 1.15
+
+// A named list of which one is chosen; chosen() tells what its user chose, and the index stays bound.
+RowLayout {
+    id: choice
+
+    property string name
+    property alias model: box.model
+    property alias textRole: box.textRole
+    property int index: -1
+
+    signal chosen(int index)
+
+    spacing: 12
+
+    Label {
+        Layout.preferredWidth: 96
+        text: choice.name
+        opacity: 0.8
+    }
+    ComboBox {
+        id: box
+        objectName: choice.objectName + "Box"
+        Layout.fillWidth: true
+        currentIndex: choice.index
+        Accessible.name: choice.name
+        onActivated: {
+            choice.chosen(index)
+            currentIndex = Qt.binding(() => choice.index)
+        }
+        onCountChanged: currentIndex = Qt.binding(() => choice.index)
+    }
+}

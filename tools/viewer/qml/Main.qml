@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: BSD-3-Clause
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+
+ApplicationWindow {
+    id: window
+
+    // Of the command line
+    property string wishedCamera
+    property size wishedSize
+    property real wishedRate: 0
+
+    readonly property bool isNarrow: width < 640
+    readonly property bool isPlayback: playback.visible
+    property bool isQuitting: false
+
+    function toggle(panel) {
+        if (panel.opened)
+            panel.close()
+        else
+            panel.open()
+    }
+    function play(file) {
+        recordings.close()
+        settings.close()
+        playback.open(file)
+    }
+
+    width: 960
+    height: 640
+    minimumWidth: 320
+    minimumHeight: 400
+    visible: true
+    title: isPlayback ? playback.name : camera.cameraName !== "" ? camera.cameraName : "Camera"
+    color: "#121212"
+
+    // A recording is completed first.
+    onClosing: {
+        if (camera.recorder.active) {
+            close.accepted = false
+            isQuitting = true
+            camera.recorder.stop()
+        }
+    }
+
+    CameraView {
+        id: camera
+        objectName: "cameraView"
+        anchors.fill: parent
+        anchors.rightMargin: window.isNarrow ? 0 : Math.max(settings.shownWidth, recordings.shownWidth)
+        visible: !playback.visible
+        isNarrow: window.isNarrow
+        onSettingsAsked: window.toggle(settings)
+        onRecordingsAsked: window.toggle(recordings)
+        onPlayAsked: window.play(file)
+        Component.onCompleted: begin(window.wishedCamera, window.wishedSize, window.wishedRate)
+    }
+
+    PlaybackView {
+        id: playback
+        objectName: "playbackView"
+        anchors.fill: parent
+        visible: false
+        onClosed: camera.forceActiveFocus()
+    }
+
+    SettingsPanel {
+        id: settings
+        objectName: "settings"
+        isNarrow: window.isNarrow
+        view: camera
+    }
+
+    RecordingsPanel {
+        id: recordings
+        objectName: "recordings"
+        isNarrow: window.isNarrow
+        onChosen: window.play(file)
+    }
+
+    KeysDialog {
+        id: keys
+        objectName: "keys"
+        anchors.centerIn: parent
+    }
+
+    Connections {
+        target: camera.recorder
+        function onActiveChanged() {
+            if (!camera.recorder.active && window.isQuitting)
+                Qt.callLater(Qt.quit)
+        }
+        function onFinished() {
+            recordings.refresh()
+        }
+    }
+
+    Shortcut {
+        sequence: "P"
+        enabled: !window.isPlayback
+        onActivated: camera.snapshot.take()
+    }
+    Shortcut {
+        sequence: "R"
+        enabled: !window.isPlayback
+        onActivated: camera.toggleRecording()
+    }
+    Shortcut {
+        sequence: "C"
+        enabled: !window.isPlayback
+        onActivated: camera.openNext()
+    }
+    Shortcut {
+        sequence: "S"
+        enabled: !window.isPlayback
+        onActivated: window.toggle(settings)
+    }
+    Shortcut {
+        sequence: "V"
+        enabled: !window.isPlayback
+        onActivated: window.toggle(recordings)
+    }
+    Shortcut {
+        sequence: "I"
+        onActivated: window.isPlayback ? playback.toggleStatistics() : camera.toggleStatistics()
+    }
+    Shortcut {
+        sequence: "L"
+        enabled: !camera.recorder.active
+        onActivated: {
+            recordings.refresh()
+            if (recordings.newest !== "")
+                window.play(recordings.newest)
+        }
+    }
+    Shortcut {
+        sequences: ["F11", "F"]
+        onActivated: window.visibility = window.visibility === Window.FullScreen ? Window.Windowed
+                                                                                 : Window.FullScreen
+    }
+    Shortcut {
+        sequence: "F1"
+        onActivated: keys.open()
+    }
+    Shortcut {
+        sequence: "Esc"
+        enabled: window.isPlayback
+        onActivated: playback.close()
+    }
+    Shortcut {
+        sequence: "Ctrl+Q"
+        onActivated: window.close()
+    }
+}

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: BSD-3-Clause
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+
+// What slides in beside the picture where there is room, else over its lower part.
+Drawer {
+    id: panel
+
+    property bool isNarrow: false
+    readonly property real shownWidth: isNarrow ? 0 : position * width
+
+    edge: isNarrow ? Qt.BottomEdge : Qt.RightEdge
+    width: isNarrow ? parent.width : 340
+    height: isNarrow ? Math.min(parent.height * 0.62, 460) : parent.height
+    modal: isNarrow
+    interactive: isNarrow
+    focus: true
+    closePolicy: isNarrow ? Popup.CloseOnEscape | Popup.CloseOnPressOutside : Popup.CloseOnEscape
+}

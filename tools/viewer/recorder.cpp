@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "recorder.h"
+
+#include "backendplugin.h"
+#include "codeclist.h"
+#include "mediafolder.h"
+
+namespace Viewer {
+namespace {
+
+constexpr int TickInterval = 250; // ms
+
+/*! Each by its name and in the order that people know, whatever the platform's. */
+QStringList encodableCodecs()
+{
+    QString ignored; // told when the recording starts
+    QStringList types;
+    for (const Tool::CodecDescription &codec : Tool::availableCodecs(true, &ignored))
+        types.append(codec.type);
+    QStringList names;
+    for (const QString &name : Tool::codecNames()) {
+        if (types.contains(Tool::mimeType(*Tool::codecNamed(name))))
+            names.append(name);
+    }
+    return names;
+}
+
+} // namespace
+
+Recorder::Recorder(QObject *parent)
+    : QObject(parent)
+    , m_codecs(encodableCodecs())
+{
+    connect(&m_tick, &QTimer::timeout, this, &Recorder::progressChanged);
+}
+
+Recorder::~Recorder()
+{
+    if (m_isTaking)
+        stopTaking();
+}
+
+qreal Recorder::seconds() const
+{
+    return m_recording ? double(m_recording->written().duration) / 1e6 : 0;
+}
+
+qreal Recorder::bytes() const
+{
+    return m_recording ? double(m_recording->written().bytes) : 0;
+}
+
+int Recorder::dropped() const
+{
+    return m_recording ? int(m_recording->refused()) : 0;
+}
+
+int Recorder::waiting() const
+{
+    return m_recording ? m_recording->waiting() : 0;
+}
+
+void Recorder::start(const QString &codec, int bitRate, const QSize &size, qreal rate)
+{
+    if (m_recording)
+        return;
+    Tool::RecordingSettings settings;
+    settings.bitRate = bitRate;
+    settings.size = size;
+    settings.rate = rate;
+    QString error;
+    if (!prepare(codec, &settings, &error)) {
+        m_recording.reset();
+        fail(error);
+        return;
+    }
+    m_file = settings.file;
+    connect(m_recording.get(), &Tool::Recording::started, this, &Recorder::onStarted);
+    connect(m_recording.get(), &Tool::Recording::failed, this, [this](const QString &text) {
+        fail(text);
+        stop();
+    });
+    connect(m_recording.get(), &Tool::Recording::ended, this, &Recorder::onEnded,
+            Qt::QueuedConnection);
+    m_tick.start(TickInterval);
+    emit activeChanged();
+    if (!m_recording->start(settings, &error)) {
+        remove();
+        fail(error);
+    }
+}
+
+bool Recorder::prepare(const QString &codec, Tool::RecordingSettings *settings, QString *error)
+{
+    if (!m_source || !m_source->isAvailable() || settings->size.isEmpty()) {
+        *error = QStringLiteral("there is no camera to record");
+        return false;
+    }
+    QMediaServiceProviderPlugin *const backend = Tool::backendPlugin(error);
+    const auto known = Tool::codecNamed(codec);
+    if (backend && !known)
+        *error = QStringLiteral("there is no encoder on this machine");
+    if (!backend || !known)
+        return false;
+    settings->codec = *known;
+    m_recording = std::make_unique<Tool::Recording>(backend);
+    *error = m_recording->problem(*known);
+    if (!error->isEmpty())
+        return false;
+    // The one kind of file that holds every codec, and that can be read even if it was cut off.
+    settings->file = newFileName(QStandardPaths::MoviesLocation, QStringLiteral(".mkv"), error);
+    return !settings->file.isEmpty();
+}
+
+void Recorder::onStarted()
+{
+    m_isTaking = true;
+    connect(m_source, &RawPictures::pictureTaken, this, &Recorder::onPicture);
+    m_source->begin();
+}
+
+void Recorder::onPicture(const QVideoFrame &frame)
+{
+    m_recording->encode(frame); // counts what it does not take
+}
+
+void Recorder::stop()
+{
+    if (!m_recording)
+        return;
+    if (m_isTaking)
+        stopTaking();
+    m_recording->end();
+}
+
+void Recorder::stopTaking()
+{
+    m_isTaking = false;
+    m_source->disconnect(this);
+    m_source->end();
+}
+
+void Recorder::onEnded()
+{
+    QString error;
+    const bool isEmpty = m_recording->written().units == 0;
+    const bool isComplete = m_recording->close(&error);
+    emit progressChanged();
+    remove();
+    if (isEmpty)
+        return; // there is no file, and why was told or is plain to see
+    if (isComplete)
+        emit finished(m_file);
+    else
+        fail(error);
+}
+
+void Recorder::remove()
+{
+    m_tick.stop();
+    m_recording.reset();
+    emit activeChanged();
+    emit progressChanged();
+}
+
+void Recorder::fail(const QString &error)
+{
+    emit failed(QStringLiteral("The recording failed: %1.").arg(error));
+}
+
+} // namespace Viewer

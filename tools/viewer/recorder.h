@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#pragma once
+
+#include "rawpictures.h"
+#include "recording.h"
+
+#include <QObject>
+#include <QSize>
+#include <QTimer>
+
+#include <memory>
+
+namespace Viewer {
+
+/*!
+ * Records a camera's pictures to a file in the user's videos folder.
+ *
+ * Threads: the application thread.
+ * Units:   seconds, bytes, pictures, bits per second.
+ * Errors:  failed() with a text; what was recorded until then is kept and told by finished().
+ */
+class Recorder : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(Viewer::RawPictures *source MEMBER m_source NOTIFY sourceChanged)
+    Q_PROPERTY(QStringList codecs READ codecs CONSTANT)
+    Q_PROPERTY(bool active READ isActive NOTIFY activeChanged) // until the file is complete
+    Q_PROPERTY(qreal seconds READ seconds NOTIFY progressChanged)
+    Q_PROPERTY(qreal bytes READ bytes NOTIFY progressChanged)
+    Q_PROPERTY(int dropped READ dropped NOTIFY progressChanged)
+    Q_PROPERTY(int waiting READ waiting NOTIFY progressChanged) // pictures inside the encoder
+public:
+    explicit Recorder(QObject *parent = nullptr);
+    ~Recorder() override;
+
+    /*! The names of those that there is an encoder for. */
+    QStringList codecs() const { return m_codecs; }
+    bool isActive() const { return bool(m_recording); }
+    qreal seconds() const;
+    qreal bytes() const;
+    int dropped() const;
+    int waiting() const;
+
+    Q_INVOKABLE void start(const QString &codec, int bitRate, const QSize &size, qreal rate);
+    Q_INVOKABLE void stop(); // finished() follows
+
+signals:
+    void sourceChanged();
+    void activeChanged();
+    void progressChanged();
+    void finished(const QString &file); // which is complete
+    void failed(const QString &error);
+
+private:
+    bool prepare(const QString &codec, Tool::RecordingSettings *settings, QString *error);
+    void onStarted();
+    void onPicture(const QVideoFrame &frame);
+    void onEnded();
+    void stopTaking();
+    void remove();
+    void fail(const QString &error);
+
+    const QStringList m_codecs;
+    Viewer::RawPictures *m_source = nullptr; // set once, outlives this
+    std::unique_ptr<Tool::Recording> m_recording;
+    QString m_file;
+    QTimer m_tick;
+    bool m_isTaking = false;
+};
+
+} // namespace Viewer

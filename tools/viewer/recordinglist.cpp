@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "recordinglist.h"
+
+#include <QDir>
+#include <QStandardPaths>
+
+namespace Viewer {
+
+RecordingList::RecordingList(QObject *parent)
+    : QObject(parent)
+{
+    refresh();
+}
+
+void RecordingList::refresh()
+{
+    m_files.clear();
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
+    const QStringList names = { QStringLiteral("Camera *.mkv") };
+    for (const QFileInfo &file : folder.entryInfoList(names, QDir::Files, QDir::Time)) {
+        m_files.append(QVariantMap { { QStringLiteral("path"), file.absoluteFilePath() },
+                                     { QStringLiteral("name"), file.completeBaseName() },
+                                     { QStringLiteral("bytes"), double(file.size()) } });
+    }
+    emit filesChanged();
+}
+
+} // namespace Viewer
