@@ -22,18 +22,18 @@ function(ocelle_relative_rpath from)
 endfunction()
 ocelle_relative_rpath("${CMAKE_INSTALL_LIBDIR}" ocelle ocelle-qt5 Qt5Palaver)
 ocelle_relative_rpath("${OCELLE_QT_PLUGIN_DIR}/mediaservice" ocellebackend)
-ocelle_relative_rpath("${CMAKE_INSTALL_BINDIR}" ocelle-tool)
+ocelle_relative_rpath("${CMAKE_INSTALL_BINDIR}" ocelle-tool ocelle-viewer)
 
 set_target_properties(ocelle-platform PROPERTIES EXPORT_NAME platform)
 install(TARGETS ocelle-platform EXPORT OcelleTargets)
-install(EXPORT OcelleTargets NAMESPACE Ocelle:: DESTINATION "${OCELLE_CMAKE_DIR}")
+install(EXPORT OcelleTargets NAMESPACE Ocelle:: DESTINATION "${OCELLE_CMAKE_DIR}" COMPONENT dev)
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/OcelleConfig.cmake.in"
   "${PROJECT_BINARY_DIR}/OcelleConfig.cmake" INSTALL_DESTINATION "${OCELLE_CMAKE_DIR}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/OcelleConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES
   "${PROJECT_BINARY_DIR}/OcelleConfig.cmake" "${PROJECT_BINARY_DIR}/OcelleConfigVersion.cmake"
-  DESTINATION "${OCELLE_CMAKE_DIR}")
+  DESTINATION "${OCELLE_CMAKE_DIR}" COMPONENT dev)
 
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
   set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
@@ -50,5 +50,5 @@ else()
 endif()
 foreach(name IN ITEMS ocelle ocelle-qt5 Qt5Palaver)
   configure_file("${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
-  install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${OCELLE_PKGCONFIG_DIR}")
+  install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${OCELLE_PKGCONFIG_DIR}" COMPONENT dev)
 endforeach()
