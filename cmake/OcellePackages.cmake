@@ -100,7 +100,9 @@ set(CPACK_DEBIAN_STANDIN_PACKAGE_SUGGESTS "ocelle-backend")
 set(CPACK_DEBIAN_BRIDGE_PACKAGE_DEPENDS "ocelle-backend (= ${PROJECT_VERSION})")
 # The tools ask the stand-in more than a platform library has to answer.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "ocelle-standin (= ${PROJECT_VERSION}), \
-ocelle-backend (= ${PROJECT_VERSION}), ocelle-bridge (= ${PROJECT_VERSION})")
+ocelle-backend (= ${PROJECT_VERSION}), ocelle-bridge (= ${PROJECT_VERSION}), \
+qml-module-qtmultimedia, qml-module-qtquick2, qml-module-qtquick-controls2, \
+qml-module-qtquick-layouts, qml-module-qtquick-window2, libqt5svg5")
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
   "ocelle-standin (= ${PROJECT_VERSION}), qtbase5-dev, qtmultimedia5-dev")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "ocelle-backend, ocelle-tools")

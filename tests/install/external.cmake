@@ -10,7 +10,7 @@ foreach(name IN ITEMS libocelle.so.0 libocelle-qt5.so.0 libQt5Palaver.so.0)
   file(COPY_FILE "${real}" "${device}/lib/${name}" ONLY_IF_DIFFERENT)
 endforeach()
 run("configuration" "${CMAKE_COMMAND}" --preset external -S "${SOURCE}" -B "${WORK}/build"
-  "-DOCELLE_PLATFORM_DIR=${device}" "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}")
+  -DCMAKE_BUILD_TYPE=None "-DOCELLE_PLATFORM_DIR=${device}" "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}")
 run("build" "${CMAKE_COMMAND}" --build "${WORK}/build")
 
 set(backend "${WORK}/build/plugins/mediaservice/libocellebackend.so")
