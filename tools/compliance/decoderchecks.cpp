@@ -129,9 +129,9 @@ Outcome release(Session &session, const Device &device)
     run.decode(units.front()); // refused, before initialize()
     if (!run.initialize())
         return noDecoder(run);
-    run.decode(garbage(0));
     if (!run.decodeAll(units))
         return noFrame(run);
+    run.decode(garbage(0));
     run.drop();
     const std::vector<Block *> &blocks = run.blocks();
     const auto back = [&] {

@@ -142,7 +142,7 @@ double bytesPerPicture(EncoderRun *run, int from, int pictures)
     double bytes = 0;
     int count = 0;
     for (const Unit &unit : run->probe().units()) {
-        if (unit.timestamp < std::uint64_t(stampOf(from + settling)) || unit.type == FrameType::Key)
+        if (unit.timestamp < std::uint64_t(stampOf(from + settling)))
             continue;
         bytes += double(unit.data.size());
         ++count;

@@ -174,7 +174,8 @@ QString EncoderRun::trouble() const
 
 std::int64_t stampOf(int number)
 {
-    return std::int64_t(number) * 1000000 / PictureRate;
+    constexpr std::int64_t period = 33000; // whole milliseconds, for those who round
+    return number * period;
 }
 
 std::vector<Unit> makeStream(Session *session, CodecType type, int count, QString *why)

@@ -103,7 +103,7 @@ private:
     int m_taken = 0;
 };
 
-/*! The time stamp of picture \a number at the usual rate, microseconds. */
+/*! The time stamp of picture \a number at about the usual rate, microseconds. */
 std::int64_t stampOf(int number);
 
 /*!
