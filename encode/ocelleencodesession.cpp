@@ -167,7 +167,8 @@ bool OcelleEncodeSession::startEncoder(const QVideoSurfaceFormat &format)
                  QStringLiteral("videosink does not accept encoded video format"));
         return false;
     }
-    return reportStart(acquireAndStart(false));
+    Encoder encoder; // goes last: one that was not taken may call back, and a slot end the session
+    return reportStart(acquireAndStart(false, &encoder));
 }
 
 void OcelleEncodeSession::stop()
@@ -178,20 +179,20 @@ void OcelleEncodeSession::stop()
     m_worker->flush();
 }
 
-/*! Gets an encoder and gives it to the worker. A restart may have been called off meanwhile. */
-OcelleEncodeSession::Start OcelleEncodeSession::acquireAndStart(bool restarts)
+/*! Gets \a encoder and gives it to the worker. A restart may have been called off meanwhile. */
+OcelleEncodeSession::Start OcelleEncodeSession::acquireAndStart(bool restarts, Encoder *encoder)
 {
-    const Encoder encoder = m_codecManager->createVideoEncoder(
-            OcelleEncoder::codecType(videoSettings().codec()), 0);
-    if (!encoder)
+    *encoder = m_codecManager->createVideoEncoder(OcelleEncoder::codecType(videoSettings().codec()),
+                                                  0);
+    if (!*encoder)
         return Start::NoEncoder;
-    encoder->lockAndSetListener(m_listener);
+    (*encoder)->lockAndSetListener(m_listener);
     QMutexLocker locker(&m_settingsMutex);
     if (m_isShutDown || (restarts && m_restart != Restart::Starting))
         return Start::Cancelled;
     if (m_restart == Restart::Stopping) // this is the encoder that the restart would have got
         m_restart = Restart::Starting;
-    return m_worker->start(encoder, m_settings) ? Start::Done : Start::Refused;
+    return m_worker->start(std::move(*encoder), m_settings) ? Start::Done : Start::Refused;
 }
 
 /*! A slot may take the service down here. */
@@ -307,7 +308,8 @@ void OcelleEncodeSession::onEncoderUnloaded()
 
 void OcelleEncodeSession::finishRestartingEncoder()
 {
-    const Start result = acquireAndStart(true);
+    Encoder encoder; // goes last, as in startEncoder()
+    const Start result = acquireAndStart(true, &encoder);
     if (result == Start::Refused)
         m_output.finish();
     reportStart(result);

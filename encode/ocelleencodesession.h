@@ -96,7 +96,7 @@ private:
     using Encoder = std::shared_ptr<Veltra::Ocelle::VideoEncoder>;
 
     void finishRestartingEncoder();
-    Start acquireAndStart(bool restarts);
+    Start acquireAndStart(bool restarts, Encoder *encoder);
     bool reportStart(Start result);
     void onEncoderStarting();
     void onEncoderUnloaded();
