@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: BSD-3-Clause
+// Has a camera's pictures encoded and takes the result with a sink of its own, which here writes a
+// bare H.264 stream to a file; it could as well send it somewhere.
+#include "codecservice.h"
+
+#include <QAbstractVideoSurface>
+#include <QCamera>
+#include <QCameraInfo>
+#include <QCommandLineParser>
+#include <QFile>
+#include <QGuiApplication>
+#include <QMediaService>
+#include <QVideoEncoderSettingsControl>
+
+#include <palaver/qpvencodecontrol.h>
+#include <palaver/qpvencodedvideosink.h>
+#include <palaver/qpvencodedvideosourcecontrol.h>
+#include <palaver/qpvrawvideosourcecontrol.h>
+
+#include <atomic>
+
+namespace {
+
+/*!
+ * The sink. present() is called on a thread of the camera library, the rest on the application
+ * thread, and never two at a time: so the file needs no lock, but what others read meanwhile does.
+ */
+class StreamSink : public QObject, public QPVEncodedVideoSink
+{
+    Q_OBJECT
+public:
+    explicit StreamSink(const QString &file)
+        : m_file(file)
+    {
+    }
+
+    int units() const { return m_units; } // any thread
+    qint64 bytes() const { return m_bytes; }
+
+    bool isFormatSupported(const QVideoEncoderSettings &settings) override
+    {
+        return settings.codec() == QLatin1String("video/h264");
+    }
+    bool start(const QVideoEncoderSettings &) override // false: nothing gets encoded
+    {
+        return m_file.open(QIODevice::WriteOnly);
+    }
+    void present(const QPVEncodedVideoFrame &frame) override
+    {
+        const QByteArray data = frame.data();
+        if (m_file.write(data) != data.size()) {
+            emit failed(m_file.errorString());
+            return;
+        }
+        m_bytes += data.size();
+        ++m_units;
+        emit unitWritten();
+    }
+    void finish() override {}
+    void stop() override { m_file.close(); }
+    void release() override {} // another sink takes the place; this one is ours to delete
+
+signals:
+    void unitWritten(); // on the library's thread: connect queued
+    void failed(const QString &error);
+
+private:
+    QFile m_file;
+    std::atomic<int> m_units { 0 };
+    std::atomic<qint64> m_bytes { 0 };
+};
+
+/*! Takes the camera's pictures to the encoder. */
+class Feed : public QAbstractVideoSurface
+{
+    Q_OBJECT
+public:
+    QPVEncodeControl *encoder = nullptr;
+
+    QList<QVideoFrame::PixelFormat>
+    supportedPixelFormats(QAbstractVideoBuffer::HandleType type) const override
+    {
+        if (type != QAbstractVideoBuffer::NoHandle)
+            return {};
+        return { QVideoFrame::Format_NV12, QVideoFrame::Format_YUV420P };
+    }
+    bool start(const QVideoSurfaceFormat &format) override
+    {
+        // Only now the size is known.
+        return encoder->start(format) && QAbstractVideoSurface::start(format);
+    }
+    bool present(const QVideoFrame &frame) override
+    {
+        encoder->encode(frame); // refused while the encoder is not ready or does not keep up
+        return true;
+    }
+};
+
+[[noreturn]] void fail(const QString &error)
+{
+    qCritical("%s", qPrintable(error));
+    std::exit(1);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QGuiApplication application(argc, argv);
+    QCommandLineParser options;
+    options.addHelpOption();
+    options.addOption({ "frames", "Number of pictures.", "N", "150" });
+    options.addPositionalArgument("OUT.264", "File to write; replaced.");
+    options.process(application);
+    if (options.positionalArguments().size() != 1)
+        options.showHelp(2);
+    const int frames = options.value("frames").toInt();
+
+    if (QCameraInfo::availableCameras().isEmpty())
+        fail("there is no camera; \"ocelle doctor\" tells why");
+    StreamSink sink(options.positionalArguments().constFirst());
+    Feed feed;
+    CodecService service(QStringLiteral("veltra.palaver.encoder"));
+    feed.encoder = service.control<QPVEncodeControl *>();
+    auto *const settings = service.control<QVideoEncoderSettingsControl *>();
+    auto *const source = service.control<QPVEncodedVideoSourceControl *>();
+    if (!feed.encoder || !settings || !source)
+        fail(service.error());
+
+    QVideoEncoderSettings wanted;
+    wanted.setCodec(QStringLiteral("video/h264"));
+    wanted.setBitRate(1000000); // bits per second
+    wanted.setEncodingMode(QMultimedia::ConstantBitRateEncoding);
+    settings->setVideoSettings(wanted);
+    source->addSink(&sink);
+
+    QCamera camera;
+    auto *const raw = camera.service()
+                              ? camera.service()->requestControl<QPVRawVideoSourceControl *>()
+                              : nullptr;
+    if (!raw)
+        fail("the camera is not one of Ocelle's; QT_MULTIMEDIA_PREFERRED_PLUGINS=ocelle prefers "
+             "these");
+    raw->setSurface(&feed); // a second surface, beside that of a viewfinder
+
+    const auto onError = [](const QString &error) {
+        qCritical("%s", qPrintable(error));
+        QCoreApplication::exit(1);
+    };
+    QObject::connect(
+            feed.encoder, &QPVEncodeControl::error, &application,
+            [&](QPVEncoder::Error, const QString &error) { onError(error); }, Qt::QueuedConnection);
+    QObject::connect(&sink, &StreamSink::failed, &application, onError, Qt::QueuedConnection);
+    QObject::connect(
+            &sink, &StreamSink::unitWritten, &application,
+            [&] {
+                if (sink.units() >= frames)
+                    QCoreApplication::quit();
+            },
+            Qt::QueuedConnection);
+    camera.start();
+    const int result = application.exec();
+
+    camera.stop();
+    raw->setSurface(nullptr);
+    feed.encoder->stop();      // ends with finish() and stop() of the sink
+    source->removeSink(&sink); // it may be deleted now
+    if (result == 0)
+        qInfo("%d pictures, %lld bytes", sink.units(), sink.bytes());
+    return result;
+}
+
+#include "main.moc"
