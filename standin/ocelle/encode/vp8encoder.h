@@ -7,9 +7,7 @@ namespace Veltra {
 namespace Ocelle {
 
 /*!
- * VP8 through libvpx, on the calling thread alone. The library's threads for VP8 wait for each other
- * without ever sleeping: two take twice the processor time of one, and where other programs keep
- * the processors busy they come to a twentieth of its speed.
+ * VP8 through libvpx.
  *
  * Threads: one at a time.
  */
@@ -19,6 +17,14 @@ public:
     explicit Vp8Encoder(const VpxLibrary &library = VpxLibrary::instance());
 
     bool open(const EncoderSettings &settings, std::string *error) override;
+
+    /*!
+     * How many of the \a wanted threads it takes: on at most half of the processors, as the library's
+     * threads for VP8 wait for each other without ever sleeping. On two processors, two threads
+     * take twice the processor time of one, and where other programs keep these busy they come to a
+     * twentieth of its speed.
+     */
+    static int threads(int wanted, int processors);
 
 private:
     bool configure(const EncoderSettings &settings) override;

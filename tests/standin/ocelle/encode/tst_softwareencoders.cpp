@@ -7,10 +7,13 @@
 #include <QDir>
 #include <QtTest>
 
+#include <encodersettings.h>
 #include <patternreader.h>
+#include <vp8encoder.h>
 
 #include <cstdio>
 #include <set>
+#include <thread>
 
 using namespace Veltra::Ocelle;
 
@@ -379,8 +382,14 @@ private slots:
     }
 
     // Those of its library spin, which is slow wherever the processors have other work.
-    void vp8_hasNoThreadsOfItsOwn_howeverLargeThePicture()
+    void vp8_takesHalfOfTheProcessors_howeverLargeThePicture()
     {
+        QCOMPARE(Vp8Encoder::threads(4, 0), 1); // where nobody knows
+        QCOMPARE(Vp8Encoder::threads(4, 2), 1);
+        QCOMPARE(Vp8Encoder::threads(4, 5), 2);
+        QCOMPARE(Vp8Encoder::threads(4, 64), 4);
+        QCOMPARE(Vp8Encoder::threads(1, 64), 1);
+
         EncodingListener listener;
         const auto encoder = softwareEncoder(CodecType::VP8, &listener);
         const int before = threadsOfThisProcess();
@@ -389,7 +398,9 @@ private slots:
         QVERIFY(encoder->encode(
                 ycbcrFrame(RawPicture::pattern(1920, 1080, 1), PictureLayout::Planar, 0), false));
         QCOMPARE(listener.units.size(), std::size_t(1));
-        QCOMPARE(threadsOfThisProcess(), before);
+        const int taken = Vp8Encoder::threads(encoderThreads(1920, 1080),
+                                              int(std::thread::hardware_concurrency()));
+        QCOMPARE(threadsOfThisProcess(), before + taken - 1);
     }
 };
 
