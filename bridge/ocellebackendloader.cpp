@@ -44,7 +44,7 @@ void OcelleBackendLoader::load()
 {
     const QString path = QDir(ownFolder()).filePath(QLatin1String(BackendFileName));
     if (!QFileInfo(path).isFile()) {
-        m_loader.setFileName(QString());
+        forget();
         warn(QStringLiteral("there is no file %1").arg(QDir::toNativeSeparators(path)));
         return;
     }
@@ -52,7 +52,9 @@ void OcelleBackendLoader::load()
     m_loader.setLoadHints(QLibrary::PreventUnloadHint); // its threads may outlive the plugin object
     QObject *const instance = m_loader.instance();
     if (!instance) {
-        warn(m_loader.errorString());
+        const QString reason = m_loader.errorString();
+        forget();
+        warn(reason);
         return;
     }
     m_backend = qobject_cast<QMediaServiceProviderPlugin *>(instance);
@@ -60,11 +62,18 @@ void OcelleBackendLoader::load()
         warn(QStringLiteral("%1 is a plugin of another kind (%2)")
                      .arg(path, QLatin1String(instance->metaObject()->className())));
         m_loader.unload();
+        forget();
         return;
     }
     // As Qt does with plugins it loads itself, whatever thread asks first.
     if (QCoreApplication::instance() && instance->thread() == QThread::currentThread())
         instance->moveToThread(QCoreApplication::instance()->thread());
+}
+
+// A library that is not loaded is deleted by Qt as the process ends, maybe before the loader is.
+void OcelleBackendLoader::forget()
+{
+    m_loader.setFileName(QString());
 }
 
 void OcelleBackendLoader::warn(const QString &reason) const

@@ -30,6 +30,7 @@ public:
 
 private:
     void load();
+    void forget();
     void warn(const QString &reason) const;
 
     std::once_flag m_once;                            // guards the first use of all below
