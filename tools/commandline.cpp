@@ -3,6 +3,7 @@
 
 #include "argumentchecks.h"
 #include "console.h"
+#include "helpformatter.h"
 
 #include <QFile>
 
@@ -227,8 +228,8 @@ void addCompliance(CLI::App *compliance, Words *words, bool *json)
     compliance
             ->add_option("--hotplug", words->hotPlug,
                          "Wait so long for a camera that is plugged in and one that is unplugged")
-            ->type_name("SECONDS")
-            ->check(CLI::Range(1, longest));
+            ->check(CLI::Range(1, longest))
+            ->type_name("SECONDS");
     compliance->add_option("--junit", words->report, "Write the results as JUnit's XML")
             ->type_name("FILE.xml")
             ->check(CLI::Validator(folderProblem, ""));
@@ -255,10 +256,14 @@ ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
     }
     const std::vector<std::string> unknown = app.remaining();
     const bool isCommand = app.get_subcommands().empty() && !unknown.empty();
-    printError(isCommand ? QStringLiteral("there is no command \"%1\"")
-                                   .arg(QString::fromStdString(unknown.front()))
-                         : QString::fromUtf8(error.what()));
-    printNote(QStringLiteral("Run ocelle --help, or ocelle COMMAND --help, for more."));
+    const auto command = app.get_subcommands().empty()
+                                 ? std::string()
+                                 : app.get_subcommands().front()->get_name() + ' ';
+    const QString what = isCommand ? QStringLiteral("there is no command \"%1\"")
+                                             .arg(QString::fromStdString(unknown.front()))
+                                   : QString::fromUtf8(error.what()).simplified();
+    printError(
+            QStringLiteral("%1; see ocelle %2--help").arg(what, QString::fromStdString(command)));
     return Usage;
 }
 
@@ -268,6 +273,7 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
 {
     CLI::App app("Lists, watches, shows and records cameras, and plays videos.", "ocelle");
     app.set_version_flag("--version", OCELLE_VERSION);
+    app.formatter(std::make_shared<HelpFormatter>());
     app.require_subcommand(1);
     app.footer("Exit codes: 0 all went well, 1 something failed, 2 the command was wrong.\n"
                "OCELLE_CAMERAS says which cameras there are: a comma-separated list of\n"

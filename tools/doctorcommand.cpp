@@ -3,9 +3,15 @@
 
 #include "commandline.h"
 #include "console.h"
+#include "doctor/environmentexamination.h"
+#include "doctor/platformexamination.h"
+#include "doctor/pluginexamination.h"
+#include "environment.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QProcessEnvironment>
 #include <QString>
 
 #include <cameranodes.h>
@@ -59,6 +65,22 @@ int examineCameras(bool json)
     const bool isAnyOffered = std::any_of(nodes.begin(), nodes.end(),
                                           [](const CameraNode &node) { return node.isOffered; });
     return isAnyOffered ? Success : Failure;
+}
+
+int examineAll(bool json)
+{
+    const bool hasCameras = Doctor::cameraCount() > 0;
+    const Doctor::Findings findings =
+            Doctor::examinePlugins(QCoreApplication::libraryPaths(), ownPluginFolder()) +
+            Doctor::examineVersions() +
+            Doctor::examineEnvironment(QProcessEnvironment::systemEnvironment()) +
+            Doctor::examinePlatform() + Doctor::examineNodes(hasCameras) + Doctor::examineChoice();
+    bool isWritten = true;
+    if (json)
+        isWritten = printJson(QJsonDocument(Doctor::toJson(findings)), QJsonDocument::Indented);
+    for (const Doctor::Finding &finding : findings)
+        isWritten = isWritten && (json || printLine(Doctor::toText(finding)));
+    return isWritten && !Doctor::hasProblem(findings) ? Success : Failure;
 }
 
 } // namespace Tool

@@ -9,4 +9,12 @@ namespace Tool {
  */
 int examineCameras(bool json);
 
+/*!
+ * Says what keeps an application from its cameras: plugins, libraries, versions, environment, devices,
+ * other plugins. It looks at all of that as an application finds it, so neither this program's own
+ * plugin folder nor its preference may have been set before. Returns the exit code: Failure where
+ * there is something to be done.
+ */
+int examineAll(bool json);
+
 } // namespace Tool

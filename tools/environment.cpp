@@ -33,9 +33,9 @@ void writeMessage(QtMsgType type, const QMessageLogContext &context, const QStri
 
 } // namespace
 
-void prepareEnvironment()
+void prepareEnvironment(bool prefersOurs)
 {
-    if (!qEnvironmentVariableIsSet("QT_MULTIMEDIA_PREFERRED_PLUGINS"))
+    if (prefersOurs && !qEnvironmentVariableIsSet("QT_MULTIMEDIA_PREFERRED_PLUGINS"))
         qputenv("QT_MULTIMEDIA_PREFERRED_PLUGINS", "ocelle");
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         QByteArray platforms; // tried in this order
@@ -53,17 +53,23 @@ void prepareEnvironment()
     av_log_set_level(AV_LOG_FATAL); // the same for libav's own words
 }
 
-void addPluginFolder()
+QString ownPluginFolder()
 {
     const QDir program(QCoreApplication::applicationDirPath());
     for (const QString &folder :
          { QStringLiteral("../plugins"), QStringLiteral(OCELLE_INSTALLED_PLUGINS) }) {
         const QString path = QDir::cleanPath(program.absoluteFilePath(folder));
-        if (QFileInfo::exists(path + QLatin1String("/mediaservice/libocellebridge.so"))) {
-            QCoreApplication::addLibraryPath(path);
-            return;
-        }
+        if (QFileInfo::exists(path + QLatin1String("/mediaservice/libocellebridge.so")))
+            return path;
     }
+    return QString();
+}
+
+void addPluginFolder()
+{
+    const QString path = ownPluginFolder();
+    if (!path.isEmpty())
+        QCoreApplication::addLibraryPath(path);
 }
 
 bool hasDisplay()

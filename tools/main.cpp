@@ -21,12 +21,16 @@ int main(int argc, char *argv[])
     if (!commandLine)
         return exitCode;
 
-    Tool::prepareEnvironment();
+    // The doctor sees what an application would.
+    const bool asItIs =
+            commandLine->command == Tool::CommandLine::Command::Doctor && !commandLine->cameras;
+    Tool::prepareEnvironment(!asItIs);
     int qtArgc = 1; // the arguments are not Qt's
     QGuiApplication application(qtArgc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("ocelle"));
     QGuiApplication::setQuitOnLastWindowClosed(false); // closing the window ends the preview itself
-    Tool::addPluginFolder();
+    if (!asItIs)
+        Tool::addPluginFolder();
 
     switch (commandLine->command) {
     case Tool::CommandLine::Command::List:
@@ -36,7 +40,8 @@ int main(int argc, char *argv[])
     case Tool::CommandLine::Command::Preview:
         return Tool::PreviewCommand(commandLine->preview).run();
     case Tool::CommandLine::Command::Doctor:
-        return Tool::examineCameras(commandLine->json);
+        return asItIs ? Tool::examineAll(commandLine->json)
+                      : Tool::examineCameras(commandLine->json);
     case Tool::CommandLine::Command::Record:
         return Tool::RecordCommand(commandLine->record).run();
     case Tool::CommandLine::Command::Encode:

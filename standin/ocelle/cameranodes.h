@@ -22,5 +22,11 @@ struct CameraNode
 /*! Looks at every video node, opening each. Any thread; takes its time. */
 OCELLE_EXPORT std::vector<CameraNode> examineCameraNodes();
 
+/*!
+ * What is wrong with \a cameras, a value of OCELLE_CAMERAS, one sentence each: entries that are not
+ * understood, and files and folders that cannot be read. Any thread.
+ */
+OCELLE_EXPORT std::vector<std::string> examineCameraSelection(const char *cameras);
+
 } // namespace Ocelle
 } // namespace Veltra

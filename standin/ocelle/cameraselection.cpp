@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "cameraselection.h"
 
+#include "cameranodes.h"
 #include "filesource.h"
 #include "foldersource.h"
 #include "log.h"
@@ -9,7 +10,10 @@
 #include "v4l2source.h"
 #include "v4l2system.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -111,6 +115,20 @@ CameraSelection CameraSelection::parse(const char *text)
             entries.push_back(*entry);
     }
     return selection;
+}
+
+std::vector<std::string> examineCameraSelection(const char *cameras)
+{
+    const CameraSelection selection = CameraSelection::parse(cameras);
+    std::vector<std::string> problems = selection.errors;
+    for (const CameraSelection::Entry &entry : selection.entries) {
+        const bool isFolder = entry.kind == Kind::Folder;
+        if ((entry.kind == Kind::File || isFolder) &&
+            access(entry.path.c_str(), isFolder ? R_OK | X_OK : R_OK) != 0)
+            problems.push_back('"' + entry.path +
+                               "\" cannot be read: " + std::generic_category().message(errno));
+    }
+    return problems;
 }
 
 std::vector<std::unique_ptr<CameraSource>>
