@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include "fault.h"
+
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -8,6 +10,8 @@
 #include <QXmlStreamReader>
 #include <QtTest>
 
+Q_DECLARE_METATYPE(Fault)
+
 namespace {
 
 constexpr int Patience = 100000; // ms
@@ -16,9 +20,9 @@ constexpr int Patience = 100000; // ms
 class Tool
 {
 public:
-    Tool(const QStringList &arguments, const QString &cameras)
+    Tool(const QStringList &arguments, const QString &cameras,
+         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment())
     {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("OCELLE_CAMERAS"), cameras);
         process.setProcessEnvironment(environment);
         process.start(QStringLiteral(OCELLE_TOOL), arguments);
@@ -44,6 +48,8 @@ private slots:
     void standInKeepsTheContract();
     void report_isWellFormed();
     void hotPlug_isSeen_whenAFileComesAndGoes();
+    void otherLibraries_areChecked_data();
+    void otherLibraries_areChecked();
     void wrongChoices_areExplained_data();
     void wrongChoices_areExplained();
 };
@@ -129,6 +135,34 @@ void ComplianceToolTest::hotPlug_isSeen_whenAFileComesAndGoes()
     const QByteArray output = tool.process.readAllStandardOutput();
     QVERIFY2(tool.finish() == 0, output + tool.process.readAllStandardError());
     QVERIFY2(output.contains("pass  cameras.hotplug"), output);
+}
+
+void ComplianceToolTest::otherLibraries_areChecked_data()
+{
+    QTest::addColumn<Fault>("fault");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("good") << Fault::None << 0 << QByteArray("pass  camera.open         one\n");
+    QTest::newRow("bad") << Fault::CameraHasNoFormat << 1
+                         << QByteArray("fail  camera.open         one  it lists no pixel format\n");
+    QTest::newRow("hanging") << Fault::ManagerHangs << 1
+                             << QByteArray("fail  platform.discovery  getNumberOfCameras() did not "
+                                           "return within 10 s\nskip  camera.open");
+}
+
+// The program as it is, on libraries of the same names that are not the stand-in's.
+void ComplianceToolTest::otherLibraries_areChecked()
+{
+    QFETCH(Fault, fault);
+    QFETCH(QByteArray, line);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral(OCELLE_DEVICE_LIBRARIES));
+    environment.insert(QStringLiteral("OCELLE_DOUBLE_FAULT"), QString::number(int(fault)));
+    Tool tool({ "compliance", "--only", "camera.open" }, QString(), environment);
+    const int exitCode = tool.finish();
+    const QByteArray output = tool.process.readAllStandardOutput();
+    QVERIFY2(output.contains(line), output + tool.process.readAllStandardError());
+    QTEST(exitCode, "exitCode");
 }
 
 void ComplianceToolTest::wrongChoices_areExplained_data()

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include "doubleplatform.h"
+
+#include <cstdlib>
+
+namespace {
+
+Fault chosenFault()
+{
+    const char *const number = std::getenv("OCELLE_DOUBLE_FAULT");
+    return number ? Fault(std::atoi(number)) : Fault::None;
+}
+
+// The libraries of some device, as whoever links them finds them.
+const DoublePlatform platform(chosenFault());
+
+} // namespace
