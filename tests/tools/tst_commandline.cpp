@@ -20,6 +20,8 @@ private slots:
     void recordReadsWhatToCheck();
     void readsEveryOptionOfPlay();
     void readsVerifyAndTranscode();
+    void readsDoctor();
+    void readsEveryOptionOfCompliance();
     void readsBitRates_data();
     void readsBitRates();
     void readsRotations_data();
@@ -179,6 +181,36 @@ void CommandLineTest::readsVerifyAndTranscode()
     QCOMPARE(transcode->encode.encoding.bitRate, 2000000);
 }
 
+void CommandLineTest::readsDoctor()
+{
+    int exitCode = 0;
+    const auto all = parse({ "doctor" }, &exitCode);
+    QVERIFY(all.has_value() && !all->cameras && !all->json);
+    QCOMPARE(all->command, CommandLine::Command::Doctor);
+    const auto nodes = parse({ "doctor", "--cameras", "--json" }, &exitCode);
+    QVERIFY(nodes.has_value() && nodes->cameras && nodes->json);
+}
+
+void CommandLineTest::readsEveryOptionOfCompliance()
+{
+    int exitCode = 0;
+    const auto plain = parse({ "compliance" }, &exitCode);
+    QVERIFY(plain.has_value());
+    QCOMPARE(plain->command, CommandLine::Command::Compliance);
+    QVERIFY(plain->compliance.checks.only.isEmpty() && plain->compliance.checks.device.isEmpty());
+    QCOMPARE(plain->compliance.checks.hotPlug, 0);
+    QVERIFY(plain->compliance.report.isEmpty() && !plain->compliance.json);
+    const auto full = parse({ "compliance", "--only", "camera.*", "--device", "a?", "--hotplug",
+                              "7", "--junit", "/tmp/a.xml", "--json" },
+                            &exitCode);
+    QVERIFY(full.has_value());
+    QCOMPARE(full->compliance.checks.only, QStringLiteral("camera.*"));
+    QCOMPARE(full->compliance.checks.device, QStringLiteral("a?"));
+    QCOMPARE(full->compliance.checks.hotPlug, 7);
+    QCOMPARE(full->compliance.report, QStringLiteral("/tmp/a.xml"));
+    QVERIFY(full->compliance.json);
+}
+
 void CommandLineTest::readsBitRates_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -261,6 +293,10 @@ void CommandLineTest::refusesWrongArguments_data()
     QTest::newRow("playing of nothing") << QByteArrayList { "play" };
     QTest::newRow("verifying of nothing") << QByteArrayList { "verify" };
     QTest::newRow("transcoding to nowhere") << QByteArrayList { "transcode", "a.mkv" };
+    for (const char *option :
+         { "--hotplug=0", "--hotplug=soon", "--hotplug=3601", "--junit=/no/report.xml", "--only" })
+        QTest::newRow(qPrintable(QStringLiteral("compliance ") + option))
+                << QByteArrayList { "compliance", option };
     for (const char *option :
          { "--rate=fast", "--rate=25", "--frames=0", "--codec=mpeg", "--snapshot=/no/x.png" })
         QTest::newRow(qPrintable(QStringLiteral("play ") + option))
