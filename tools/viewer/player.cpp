@@ -9,7 +9,7 @@ namespace Viewer {
 Player::Player(QObject *parent)
     : QObject(parent)
 {
-    connect(&m_surface, &PlayerSurface::pictureShown, this, &Player::onPicture);
+    connect(&m_surface, &ForwardingSurface::pictureShown, this, &Player::onPicture);
 }
 
 Player::~Player() = default;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "fileplayer.h"
-#include "playersurface.h"
+#include "forwardingsurface.h"
 
 #include <QObject>
 
@@ -57,7 +57,7 @@ private:
     void onPicture(const QVideoFrame &frame);
     void onEnded();
 
-    PlayerSurface m_surface; // before the player, which lets go of it
+    ForwardingSurface m_surface; // before the player, which lets go of it
     std::unique_ptr<Tool::FilePlayer> m_player;
     QString m_file;
     QString m_details;

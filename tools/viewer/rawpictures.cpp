@@ -3,6 +3,8 @@
 
 #include <QCamera>
 
+#include <videooutputstatistics.h>
+
 namespace Viewer {
 
 RawPictures::~RawPictures()
@@ -42,6 +44,13 @@ void RawPictures::end()
                     show(nullptr);
             },
             Qt::QueuedConnection);
+}
+
+qint64 RawPictures::dropped() const
+{
+    Veltra::Ocelle::VideoOutputStatistics counted; // none for a camera of another back end
+    Veltra::Ocelle::videoOutputStatistics(&m_surface, &counted);
+    return qint64(counted.dropped);
 }
 
 void RawPictures::attach()

@@ -34,6 +34,9 @@ public:
     void begin();
     void end();
 
+    /*! Pictures that never came because this thread was busy, since begin(). */
+    qint64 dropped() const;
+
 signals:
     void cameraChanged();
     void pictureTaken(const QVideoFrame &frame);

@@ -52,7 +52,9 @@ qreal Recorder::bytes() const
 
 int Recorder::dropped() const
 {
-    return m_recording ? int(m_recording->refused()) : 0;
+    if (!m_recording)
+        return 0;
+    return int(m_recording->refused() + (m_isTaking ? m_source->dropped() : m_lost));
 }
 
 int Recorder::waiting() const
@@ -115,6 +117,7 @@ bool Recorder::prepare(const QString &codec, Tool::RecordingSettings *settings, 
 void Recorder::onStarted()
 {
     m_isTaking = true;
+    m_lost = 0;
     connect(m_source, &RawPictures::pictureTaken, this, &Recorder::onPicture);
     m_source->begin();
 }
@@ -136,6 +139,7 @@ void Recorder::stop()
 void Recorder::stopTaking()
 {
     m_isTaking = false;
+    m_lost = m_source->dropped();
     m_source->disconnect(this);
     m_source->end();
 }

@@ -65,6 +65,7 @@ private:
     std::unique_ptr<Tool::Recording> m_recording;
     QString m_file;
     QTimer m_tick;
+    qint64 m_lost = 0; // before they came here; once none is taken any more
     bool m_isTaking = false;
 };
 

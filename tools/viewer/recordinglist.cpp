@@ -2,6 +2,7 @@
 #include "recordinglist.h"
 
 #include <QDir>
+#include <QLocale>
 #include <QStandardPaths>
 
 namespace Viewer {
@@ -18,9 +19,11 @@ void RecordingList::refresh()
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
     const QStringList names = { QStringLiteral("Camera *.mkv") };
     for (const QFileInfo &file : folder.entryInfoList(names, QDir::Files, QDir::Time)) {
-        m_files.append(QVariantMap { { QStringLiteral("path"), file.absoluteFilePath() },
-                                     { QStringLiteral("name"), file.completeBaseName() },
-                                     { QStringLiteral("bytes"), double(file.size()) } });
+        m_files.append(QVariantMap {
+                { QStringLiteral("path"), file.absoluteFilePath() },
+                { QStringLiteral("name"), file.completeBaseName() },
+                { QStringLiteral("size"),
+                  QLocale().formattedDataSize(file.size(), 1, QLocale::DataSizeSIFormat) } });
     }
     emit filesChanged();
 }

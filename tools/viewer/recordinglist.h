@@ -14,7 +14,7 @@ namespace Viewer {
 class RecordingList : public QObject
 {
     Q_OBJECT
-    /*! Objects with path, name and bytes. */
+    /*! Objects with path, name and size, which is for people. */
     Q_PROPERTY(QVariantList files READ files NOTIFY filesChanged)
 public:
     explicit RecordingList(QObject *parent = nullptr);

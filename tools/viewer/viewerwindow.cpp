@@ -2,6 +2,7 @@
 #include "viewerwindow.h"
 
 #include "cameramodel.h"
+#include "camerapreview.h"
 #include "framemeter.h"
 #include "player.h"
 #include "rawpictures.h"
@@ -27,6 +28,7 @@ void registerTypes()
 {
     const char *const uri = "Ocelle.Viewer";
     qmlRegisterType<CameraModel>(uri, 1, 0, "CameraModel");
+    qmlRegisterType<CameraPreview>(uri, 1, 0, "CameraPreview");
     qmlRegisterType<FrameMeter>(uri, 1, 0, "FrameMeter");
     qmlRegisterType<Player>(uri, 1, 0, "Player");
     qmlRegisterType<RawPictures>(uri, 1, 0, "RawPictures");

@@ -14,6 +14,9 @@ QList<QSize> ViewfinderChoice::offeredSizes() const
         if (!sizes.contains(one.resolution()))
             sizes.append(one.resolution());
     }
+    std::sort(sizes.begin(), sizes.end(), [](QSize one, QSize other) {
+        return one.width() * one.height() < other.width() * other.height();
+    });
     return sizes;
 }
 
@@ -24,6 +27,7 @@ QList<qreal> ViewfinderChoice::offeredRates() const
         if (one.resolution() == size() && !rates.contains(one.maximumFrameRate()))
             rates.append(one.maximumFrameRate());
     }
+    std::sort(rates.begin(), rates.end());
     return rates;
 }
 

@@ -97,6 +97,11 @@ FocusScope {
         onFailed: problem.show(view.sentence(view.cameraName + ": " + error))
     }
 
+    CameraPreview {
+        id: previewSource
+        camera: loader.item
+    }
+
     RawPictures {
         id: rawPictures
         camera: loader.item
@@ -123,7 +128,7 @@ FocusScope {
     Statistics {
         id: figures
         meter: frameMeter
-        surface: preview.videoSurface
+        surface: previewSource.outputSurface
     }
 
     // A new Camera for each: QML's own keeps the name of a camera that is no longer there.
@@ -219,12 +224,12 @@ FocusScope {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            VideoOutput {
-                id: preview
+            Picture {
                 objectName: "preview"
                 anchors.fill: parent
-                autoOrientation: true
-                source: loader.item
+                source: previewSource
+                mirrored: previewSource.mirrored
+                orientation: loader.item ? loader.item.orientation : 0 // as it is mounted
                 filters: [frameMeter]
                 visible: loader.active
             }

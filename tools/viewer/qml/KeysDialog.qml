@@ -15,6 +15,9 @@ Dialog {
 
     title: "Keys"
     modal: true
+    Overlay.modal: Rectangle {
+        color: "#80000000"
+    }
     standardButtons: Dialog.Close
 
     GridLayout {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 import QtQuick 2.15
 import QtQuick.Controls 2.15
+import QtQuick.Window 2.15
 
 ApplicationWindow {
     id: window
@@ -14,7 +15,8 @@ ApplicationWindow {
     readonly property bool isPlayback: playback.visible
     property bool isQuitting: false
 
-    function toggle(panel) {
+    function toggle(panel, other) {
+        other.close() // which is in the same place
         if (panel.opened)
             panel.close()
         else
@@ -26,8 +28,8 @@ ApplicationWindow {
         playback.open(file)
     }
 
-    width: 960
-    height: 640
+    width: Math.min(960, Screen.desktopAvailableWidth)
+    height: Math.min(640, Screen.desktopAvailableHeight)
     minimumWidth: 320
     minimumHeight: 400
     visible: true
@@ -50,8 +52,8 @@ ApplicationWindow {
         anchors.rightMargin: window.isNarrow ? 0 : Math.max(settings.shownWidth, recordings.shownWidth)
         visible: !playback.visible
         isNarrow: window.isNarrow
-        onSettingsAsked: window.toggle(settings)
-        onRecordingsAsked: window.toggle(recordings)
+        onSettingsAsked: window.toggle(settings, recordings)
+        onRecordingsAsked: window.toggle(recordings, settings)
         onPlayAsked: window.play(file)
         Component.onCompleted: begin(window.wishedCamera, window.wishedSize, window.wishedRate)
     }
@@ -113,12 +115,12 @@ ApplicationWindow {
     Shortcut {
         sequence: "S"
         enabled: !window.isPlayback
-        onActivated: window.toggle(settings)
+        onActivated: window.toggle(settings, recordings)
     }
     Shortcut {
         sequence: "V"
         enabled: !window.isPlayback
-        onActivated: window.toggle(recordings)
+        onActivated: window.toggle(recordings, settings)
     }
     Shortcut {
         sequence: "I"
@@ -144,8 +146,15 @@ ApplicationWindow {
     }
     Shortcut {
         sequence: "Esc"
-        enabled: window.isPlayback
-        onActivated: playback.close()
+        enabled: window.isPlayback || settings.opened || recordings.opened
+        onActivated: {
+            if (window.isPlayback) {
+                playback.close()
+            } else {
+                settings.close()
+                recordings.close()
+            }
+        }
     }
     Shortcut {
         sequence: "Ctrl+Q"

@@ -108,7 +108,7 @@ FocusScope {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            VideoOutput {
+            Picture {
                 objectName: "playback"
                 anchors.fill: parent
                 source: videoPlayer

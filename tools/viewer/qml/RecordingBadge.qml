@@ -12,8 +12,9 @@ Rectangle {
     readonly property string text: {
         const seconds = Math.floor(recorder.seconds)
         const time = Math.floor(seconds / 60) + ":" + String(seconds % 60).padStart(2, "0")
-        return time + "   " + (recorder.bytes / 1e6).toFixed(1) + " MB   " + recorder.dropped
-                + " dropped"
+        const size = recorder.bytes < 1e6 ? (recorder.bytes / 1e3).toFixed(0) + " kB"
+                                          : (recorder.bytes / 1e6).toFixed(1) + " MB"
+        return time + "   " + size + "   " + recorder.dropped + " dropped"
     }
 
     implicitWidth: row.implicitWidth + 24

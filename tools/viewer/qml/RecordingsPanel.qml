@@ -58,7 +58,7 @@ SidePanel {
             delegate: ItemDelegate {
                 width: ListView.view.width
                 icon.source: "icons/play.svg"
-                text: modelData.name + "\n" + (modelData.bytes / 1e6).toFixed(1) + " MB"
+                text: modelData.name + "\n" + modelData.size
                 highlighted: files.activeFocus && ListView.isCurrentItem
                 onClicked: panel.chosen(modelData.path)
             }

@@ -11,7 +11,7 @@ SidePanel {
 
     Flickable {
         anchors.fill: parent
-        contentHeight: column.implicitHeight + 32
+        contentHeight: column.height + 24
         boundsBehavior: Flickable.StopAtBounds
         clip: true
 

@@ -13,7 +13,11 @@ Drawer {
     width: isNarrow ? parent.width : 340
     height: isNarrow ? Math.min(parent.height * 0.62, 460) : parent.height
     modal: isNarrow
-    interactive: isNarrow
+    dim: false
+    dragMargin: 0 // opened by its button and key alone
     focus: true
+    background: Rectangle {
+        color: "#2b2b2b"
+    }
     closePolicy: isNarrow ? Popup.CloseOnEscape | Popup.CloseOnPressOutside : Popup.CloseOnEscape
 }

@@ -3,16 +3,19 @@
 
 #include <QAbstractVideoSurface>
 #include <QPointer>
+#include <QVideoSurfaceFormat>
 
 namespace Viewer {
 
 /*!
- * Hands pictures on to another surface and tells of each that went there.
+ * Hands pictures on to another surface and tells of each that went there, and whether they are to
+ * be shown mirrored. The other surface is not told so: a VideoOutput forgets it as soon as its size
+ * or that of the pictures changes.
  *
  * Threads: the application thread, which is also the other surface's.
  * Owner:   the other surface is borrowed and may go at any time.
  */
-class PlayerSurface : public QAbstractVideoSurface
+class ForwardingSurface : public QAbstractVideoSurface
 {
     Q_OBJECT
 public:
@@ -27,11 +30,17 @@ public:
     void stop() override;
     bool present(const QVideoFrame &frame) override;
 
+    bool isMirrored() const { return m_isMirrored; }
+
 signals:
+    void mirroredChanged();
     void pictureShown(const QVideoFrame &frame);
 
 private:
+    bool startTarget(QVideoSurfaceFormat format);
+
     QPointer<QAbstractVideoSurface> m_target;
+    bool m_isMirrored = false;
 };
 
 } // namespace Viewer

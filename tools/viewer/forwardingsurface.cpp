@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "playersurface.h"
+#include "forwardingsurface.h"
 
-#include <QVideoSurfaceFormat>
+#include <utility>
 
 namespace Viewer {
 
-void PlayerSurface::setTarget(QAbstractVideoSurface *target)
+void ForwardingSurface::setTarget(QAbstractVideoSurface *target)
 {
     QAbstractVideoSurface *const before = m_target;
     if (before == target)
@@ -14,31 +14,41 @@ void PlayerSurface::setTarget(QAbstractVideoSurface *target)
         before->stop();
     m_target = target;
     if (target && isActive())
-        target->start(surfaceFormat());
+        startTarget(surfaceFormat());
     emit supportedFormatsChanged();
 }
 
 QList<QVideoFrame::PixelFormat>
-PlayerSurface::supportedPixelFormats(QAbstractVideoBuffer::HandleType type) const
+ForwardingSurface::supportedPixelFormats(QAbstractVideoBuffer::HandleType type) const
 {
     const QAbstractVideoSurface *const target = m_target;
     return target ? target->supportedPixelFormats(type) : QList<QVideoFrame::PixelFormat>();
 }
 
-bool PlayerSurface::start(const QVideoSurfaceFormat &format)
+bool ForwardingSurface::start(const QVideoSurfaceFormat &format)
 {
-    QAbstractVideoSurface *const target = m_target;
-    return target && target->start(format) && QAbstractVideoSurface::start(format);
+    if (!startTarget(format) || !QAbstractVideoSurface::start(format))
+        return false;
+    if (format.isMirrored() != std::exchange(m_isMirrored, format.isMirrored()))
+        emit mirroredChanged();
+    return true;
 }
 
-void PlayerSurface::stop()
+bool ForwardingSurface::startTarget(QVideoSurfaceFormat format)
+{
+    format.setMirrored(false);
+    QAbstractVideoSurface *const target = m_target;
+    return target && target->start(format);
+}
+
+void ForwardingSurface::stop()
 {
     if (QAbstractVideoSurface *const target = m_target)
         target->stop();
     QAbstractVideoSurface::stop();
 }
 
-bool PlayerSurface::present(const QVideoFrame &frame)
+bool ForwardingSurface::present(const QVideoFrame &frame)
 {
     QAbstractVideoSurface *const target = m_target;
     if (!target || !target->present(frame)) {
