@@ -90,7 +90,6 @@ void TestStatistics::statistics_tellRates_ofRunningCamera()
     QTRY_VERIFY(statistics.shown() > 0);
     QVERIFY(statistics.latency() >= 0);
     QVERIFY(statistics.worstLatency() >= statistics.latency());
-    QCOMPARE(statistics.missing(), 0);
     QVERIFY(statistics.cpu() > 0);
     QVERIFY(statistics.queued() >= 0 && statistics.queued() <= 1); // only the newest waits
 }
