@@ -17,9 +17,17 @@ foreach(file IN ITEMS
     "${LIBDIR}/pkgconfig/Qt5Palaver.pc"
     include/ocelle/cameramanager.h include/ocelle/camera.h include/ocelle/videooutputqt5.h
     include/palaver/qpvrawvideosourcecontrol.h
-    bin/ocelle)
+    bin/ocelle share/man/man1/ocelle.1.gz share/bash-completion/completions/ocelle)
   if(NOT EXISTS "${PREFIX}/${file}")
     message(FATAL_ERROR "${file} is not installed below ${PREFIX}")
+  endif()
+endforeach()
+# What belongs to no component is in no package.
+file(GLOB_RECURSE scripts "${BUILD}/*/cmake_install.cmake")
+foreach(script IN LISTS scripts)
+  file(STRINGS "${script}" bare REGEX "CMAKE_INSTALL_COMPONENT.*Unspecified")
+  if(bare)
+    message(FATAL_ERROR "${script} installs something without a component")
   endif()
 endforeach()
 # Somebody who moves the tree must not be led back to where it was built.
