@@ -45,9 +45,8 @@ class CodecManager;
  *
  * Slots of the control's signals and the sink's own calls may use all controls of the service, with
  * two exceptions. Only a slot of a signal that is emitted on the application thread may take the
- * service down, and a sink's call or a directly connected slot of encodedVideoFrame() never may:
- * the platform waits inside it for the lock that keeps the sink in place. For the same reason
- * neither of these two may wait for the application thread.
+ * service down, and no sink's call, nor a slot that is called on a thread of the platform, may wait
+ * for the application thread: that one waits for them when the service goes.
  */
 class OcelleEncodeSession : public QObject, public Veltra::Ocelle::VideoEncoderListener
 {
@@ -78,7 +77,7 @@ public:
     bool removeSink(QPVSink *sink);
     void setError(QPVEncoder::Error error, const QString &text);
 
-    // Library threads, or the worker thread
+    // Library threads, the worker thread, or that on which an encoder is given up
     void onEncodedFrame(unsigned char *data, unsigned long size, unsigned long timestamp,
                         Veltra::Ocelle::FrameType type) override;
     void onEncoderParameterChanged(Veltra::Ocelle::VideoEncoderParameter parameter,

@@ -116,12 +116,14 @@ public:
             std::abort();
         for (int plane = 0; plane < mapped.planeCount(); ++plane) {
             const int lines = plane ? (mapped.height() + 1) / 2 : mapped.height();
+            const int samples = plane ? (mapped.width() + 1) / 2 : mapped.width();
+            const int length = mapped.planeCount() == 2 && plane == 1 ? 2 * samples : samples;
             const int stride = mapped.bytesPerLine(plane);
-            const int last =
-                    std::min(stride, plane ? (mapped.width() + 1) / 2 : mapped.width()) - 1;
+            if (stride < length)
+                std::abort();
             for (int line = 0; line < lines; ++line) {
                 const uchar *const start = mapped.bits(plane) + line * stride;
-                m_sum += start[0] + unsigned(start[last]);
+                m_sum += start[0] + unsigned(start[length - 1]);
             }
         }
         mapped.unmap();
@@ -141,6 +143,7 @@ public:
 
 private:
     bool startAnew();
+    void waitFor(QPVDecoder::Status status);
     void take(unsigned kind, const Bytes &data);
     void deliverPicture(const Bytes &data);
 
@@ -163,7 +166,6 @@ Application::Application()
 {
     if (!m_control || !m_renderer)
         std::abort();
-    m_renderer->setSurface(&m_surface);
 }
 
 void Application::run(const Bytes &input)
@@ -180,18 +182,28 @@ void Application::run(const Bytes &input)
         take(kind, Bytes(start, start + std::ptrdiff_t(length)));
         at += length;
     }
+    m_control->drain(); // whatever was asked for before; all frames go through the decoder
+    waitFor(QPVDecoder::UnloadedStatus);
     QCoreApplication::processEvents();
 }
 
-/*! Each input finds the session in the same state. */
+/*! Each input finds the session in the same state: a new output, and a decoder that waits. */
 bool Application::startAnew()
 {
-    m_control->flush();
-    while (m_control->status() != QPVDecoder::UnloadedStatus)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    m_renderer->setSurface(nullptr);
+    m_renderer->setSurface(&m_surface);
     QVideoEncoderSettings settings;
     settings.setCodec(QStringLiteral("video/h264"));
-    return m_control->start(settings);
+    if (!m_control->start(settings))
+        return false;
+    waitFor(QPVDecoder::StartingStatus);
+    return true;
+}
+
+void Application::waitFor(QPVDecoder::Status status)
+{
+    while (m_control->status() != status)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
 void Application::take(unsigned kind, const Bytes &data)

@@ -93,10 +93,11 @@ DriverStream::Dequeued DriverStream::dequeue(Picture &picture)
         fail("stopped", error ? error : EIO);
         return Dequeued::Failed;
     }
-    if (isOut(buffer.index)) {
+    if (!m_queued[buffer.index]) {
         failWith("stopped", "its driver filled a buffer that it had not been given back");
         return Dequeued::Failed;
     }
+    m_queued[buffer.index] = false;
     const Buffer &memory = m_buffers[buffer.index];
     const std::size_t size = std::min<std::size_t>(buffer.bytesused, memory.length);
     picture = { buffer.index,
@@ -112,8 +113,10 @@ DriverStream::Dequeued DriverStream::dequeue(Picture &picture)
 bool DriverStream::requeue(std::uint32_t index)
 {
     v4l2_buffer buffer = mappedBuffer(index);
-    const int error = m_device->ioctl(VIDIOC_QBUF, &buffer);
-    return error == 0 || fail("stopped", error);
+    if (const int error = m_device->ioctl(VIDIOC_QBUF, &buffer))
+        return fail("stopped", error);
+    m_queued[index] = true;
+    return true;
 }
 
 bool DriverStream::requeueReturned()
@@ -132,8 +135,7 @@ bool DriverStream::requeueReturned()
 bool DriverStream::handOut(std::uint32_t index)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const std::size_t kept = std::min(KeptBuffers, m_buffers.size() - 1);
-    if (m_outCount + kept >= m_buffers.size())
+    if (m_outCount + KeptBuffers >= m_buffers.size())
         return false;
     m_out[index] = true;
     ++m_outCount;
@@ -154,12 +156,6 @@ void DriverStream::giveBack(std::uint32_t index)
     }
     if (unmapped.memory)
         m_system->unmap(unmapped.memory, unmapped.length);
-}
-
-bool DriverStream::isOut(std::uint32_t index)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_out[index];
 }
 
 bool DriverStream::setFormat(const CaptureMode &mode)
@@ -218,6 +214,7 @@ bool DriverStream::mapBuffers()
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_returned.reserve(request.count);
     m_requeued.reserve(request.count);
+    m_queued.assign(request.count, false);
     for (std::uint32_t index = 0; index < request.count; ++index) {
         v4l2_buffer buffer = mappedBuffer(index);
         if (const int error = m_device->ioctl(VIDIOC_QUERYBUF, &buffer))
@@ -238,6 +235,7 @@ bool DriverStream::streamOn()
         v4l2_buffer buffer = mappedBuffer(index);
         if (const int error = m_device->ioctl(VIDIOC_QBUF, &buffer))
             return fail(operation, error);
+        m_queued[index] = true;
     }
     int type = int(Capture);
     const int error = m_device->ioctl(VIDIOC_STREAMON, &type);

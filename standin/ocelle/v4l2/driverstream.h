@@ -79,7 +79,6 @@ private:
         std::size_t length = 0;
     };
 
-    bool isOut(std::uint32_t index);
     bool setFormat(const CaptureMode &mode);
     bool setInterval(const CaptureMode &mode);
     bool mapBuffers();
@@ -94,6 +93,7 @@ private:
     v4l2_fract m_interval {};
     V4l2Trouble m_trouble;
     std::vector<std::uint32_t> m_requeued; // reused for each requeueReturned()
+    std::vector<bool> m_queued;            // the driver may fill it
 
     std::mutex m_mutex;            // guards what follows
     std::vector<Buffer> m_buffers; // changed before start() has returned and after stop()

@@ -113,7 +113,8 @@ bool V4l2Source::getCapabilities(const std::string &id, std::vector<CameraCapabi
     if (!findCamera(id, device))
         return false;
     if (!device.answers) {
-        if (const std::shared_ptr<CaptureControl> control = findOpened(id)) {
+        const std::shared_ptr<CaptureControl> control = findOpened(id);
+        if (control && control->description().info.name == displayName(device.node)) {
             all = control->description().capabilities;
             return true;
         }

@@ -32,8 +32,8 @@ namespace Ocelle {
  * Listing opens a device only for what udev does not know: whether it is a camera at all, where
  * udev's daemon has not looked, and where it is mounted, which only built-in cameras know. It is
  * asked once after it was plugged in, on this source's own thread. The capabilities of others are
- * asked for when the camera is opened, or by getCapabilities() before that. Whoever has a camera
- * open gets those it was opened with, also where it was plugged in anew meanwhile.
+ * asked for when the camera is opened, or by getCapabilities() before that. A camera that is plugged in
+ * anew while it still is open is not asked again.
  *
  * Threads: any; its own one, named "OcelleV4l2", lists and watches.
  * Owner:   the camera manager.

@@ -50,7 +50,8 @@ std::string reasonAndRemedy(const V4l2Trouble &trouble, const std::string &node,
         return holder.empty() ? "another program uses it; close that first"
                               : "it is in use by " + holder + "; stop it there first";
     case EPERM: // of control groups; file permissions give the next one
-        return "it is kept from this program by its container or sandbox, which has to be given the "
+        return "it is kept from this program by its container or sandbox, which has to be given "
+               "the "
                "device";
     case EACCES: {
         const std::string remedy = groupRemedy(node);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include "driverstream.h"
 #include "scriptedcapture.h"
 
 #include <QtTest>
@@ -45,6 +46,7 @@ private slots:
     void failingCall_isOneSentence_andTheNextStartWorks();
     void deviceWithTooFewBuffers_isRefused();
     void bufferThatIsOut_isNotDeliveredAgain();
+    void bufferThatTheDriverWasNotGivenBack_isNotTaken();
     void deviceWithoutChoiceOfRates_captures();
     void goneWhileStreaming_isOneError_data();
     void goneWhileStreaming_isOneError();
@@ -257,6 +259,21 @@ void TestV4l2Capture::bufferThatIsOut_isNotDeliveredAgain()
                      "Camera \"Test\" (%1) stopped: its driver filled a buffer that it had not "
                      "been given back")
                      .arg(Node));
+}
+
+void TestV4l2Capture::bufferThatTheDriverWasNotGivenBack_isNotTaken()
+{
+    m_system = std::make_shared<ScriptedV4l2System>();
+    DriverStream stream(std::make_unique<OpenDevice>(m_system, Node));
+    QVERIFY(stream.start({ V4L2_PIX_FMT_NV12, Width, Height, { 1, 30 }, 30 }));
+    QVERIFY(m_system->deliver(grey(1)));
+    DriverStream::Picture picture {};
+    QCOMPARE(stream.dequeue(picture), DriverStream::Dequeued::Picture);
+    QVERIFY(stream.handOut(picture.index));
+    stream.giveBack(picture.index); // to be requeued
+    m_system->deliverHeld();
+    QCOMPARE(stream.dequeue(picture), DriverStream::Dequeued::Failed);
+    stream.stop();
 }
 
 void TestV4l2Capture::deviceWithoutChoiceOfRates_captures()
