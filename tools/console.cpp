@@ -11,6 +11,8 @@
 namespace Tool {
 namespace {
 
+const char *programName = "ocelle"; // main thread only
+
 void writeError(const QByteArray &text)
 {
     endProgress();
@@ -46,9 +48,14 @@ bool printJson(const QJsonDocument &document, QJsonDocument::JsonFormat format)
     return writeOut(json.endsWith('\n') ? json : json + '\n');
 }
 
+void setProgramName(const char *name)
+{
+    programName = name;
+}
+
 void printError(const QString &text)
 {
-    writeError("ocelle: " + text.toUtf8() + '\n');
+    writeError(programName + (": " + text.toUtf8()) + '\n');
 }
 
 void printNote(const QString &text)

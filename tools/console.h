@@ -12,6 +12,9 @@ bool printLine(const QString &text);
 /*! The same for a whole document, indented or in one line. */
 bool printJson(const QJsonDocument &document, QJsonDocument::JsonFormat format);
 
+/*! The program's name, "ocelle" unless set before anything is printed; not copied. */
+void setProgramName(const char *name);
+
 /*! One line on standard error that says what went wrong. */
 void printError(const QString &text);
 

@@ -12,6 +12,7 @@
 
 int main(int argc, char *argv[])
 {
+    Tool::setProgramName("ocelle-viewer");
     int exitCode = Tool::Success;
     const auto options = Viewer::parseViewerOptions(argc, argv, &exitCode);
     if (!options)
