@@ -23,6 +23,7 @@ public:
         DeltaFrame = 2,
     };
 
+    /*! What comes with the bytes. */
     struct MetaData
     {
         FrameType frameType;
