@@ -6,10 +6,12 @@
 #include "compliance/runner.h"
 #include "console.h"
 
-#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 
 namespace Tool {
 namespace {
@@ -24,10 +26,21 @@ bool isAnyCheck(const QString &pattern)
     });
 }
 
-bool writeReport(QFile *file, const std::vector<Result> &results)
+// A file that is there stays as it is until there are results.
+std::unique_ptr<QFileDevice> makeReport(const QString &name)
+{
+    const QFileInfo info(name);
+    if (info.exists() && !info.isFile()) // such as /dev/stdout, which no file may replace
+        return std::make_unique<QFile>(name);
+    return std::make_unique<QSaveFile>(name);
+}
+
+bool writeReport(QFileDevice *file, const std::vector<Result> &results)
 {
     const QByteArray report = toJUnit(results);
-    if (file->write(report) == report.size() && file->flush())
+    auto *const replacement = qobject_cast<QSaveFile *>(file);
+    if (file->write(report) == report.size() &&
+        (replacement ? replacement->commit() : file->flush()))
         return true;
     printError(
             QStringLiteral("%1 cannot be written: %2").arg(file->fileName(), file->errorString()));
@@ -44,10 +57,10 @@ int checkCompliance(const ComplianceOptions &options)
                            .arg(options.checks.only));
         return Usage;
     }
-    QFile report(options.report);
-    if (!options.report.isEmpty() && !report.open(QIODevice::WriteOnly)) {
+    const auto report = makeReport(options.report);
+    if (!options.report.isEmpty() && !report->open(QIODevice::WriteOnly)) {
         printError(QStringLiteral("%1 cannot be written: %2")
-                           .arg(options.report, report.errorString()));
+                           .arg(options.report, report->errorString()));
         return Usage;
     }
     bool isWritten = true;
@@ -56,17 +69,16 @@ int checkCompliance(const ComplianceOptions &options)
     const std::vector<Result> results = runner.run([&isWritten, json](const Result &result) {
         isWritten = (json || printLine(toText(result))) && isWritten;
     });
-    if (!runner.hasDevice() && !runner.isStuck()) {
-        printError(QStringLiteral("there is no device \"%1\"; ocelle list shows them")
-                           .arg(options.checks.device));
+    if (!runner.wrongChoice().isEmpty()) {
+        printError(runner.wrongChoice());
         return Usage;
     }
     if (json)
         isWritten = printJson(toJson(results), QJsonDocument::Indented) && isWritten;
     else
         isWritten = printLine(summary(results)) && isWritten;
-    if (report.isOpen())
-        isWritten = writeReport(&report, results) && isWritten;
+    if (report->isOpen())
+        isWritten = writeReport(report.get(), results) && isWritten;
     const bool isGood = isWritten && count(results, Outcome::Kind::Fail) == 0;
     if (runner.isStuck())
         std::_Exit(Failure); // a thread is inside the platform and will not come back

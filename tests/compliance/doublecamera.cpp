@@ -66,6 +66,8 @@ void DoubleCamera::stopCapture()
 {
     DoublePlatform::hangWith(Fault::CameraHangs);
     endStream();
+    if (DoublePlatform::has(Fault::CameraThrowsLater))
+        throw 1; // no std::exception
     if (DoublePlatform::has(Fault::CameraDeliversLate)) {
         m_late = std::thread([this] {
             std::this_thread::sleep_for(Late);

@@ -20,7 +20,7 @@ int DoubleCameraManager::getNumberOfCameras()
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (DoublePlatform::has(Fault::ListingShuffles))
         std::reverse(m_ids.begin(), m_ids.end());
-    return int(m_ids.size());
+    return int(m_ids.size()) + (DoublePlatform::has(Fault::ListingCountsTooMany) ? 1 : 0);
 }
 
 bool DoubleCameraManager::getCameraInfo(int index, CameraInfo &info)

@@ -6,6 +6,7 @@
 #include "doubleplatform.h"
 
 #include <algorithm>
+#include <limits>
 
 using namespace Veltra::Ocelle;
 
@@ -18,6 +19,8 @@ bool isListed(CodecType type)
 
 bool isFull(int alive, Fault fault)
 {
+    if (DoublePlatform::has(Fault::CodecsAreLimitless))
+        return false;
     const int fewer = DoublePlatform::has(fault) ? 1 : 0;
     return alive >= DoubleCodecManager::MostInstances - fewer;
 }
@@ -59,10 +62,16 @@ std::shared_ptr<VideoDecoder> DoubleCodecManager::createVideoDecoder(CodecType t
 std::vector<VideoCodecInfo> DoubleCodecManager::getVideoCodecs()
 {
     std::vector<VideoCodecInfo> codecs;
+    const bool isLimitless = DoublePlatform::has(Fault::CodecsAreLimitless);
+    const int instances = isLimitless ? std::numeric_limits<int>::max() : MostInstances;
     for (const CodecType type : { CodecType::H264, CodecType::VP8 }) {
         const std::string name = type == CodecType::H264 ? "h264" : "vp8";
-        codecs.push_back({ type, true, name + ".encoder", 0, MostInstances, true });
-        codecs.push_back({ type, false, name + ".decoder", 0, MostInstances, true });
+        codecs.push_back({ type, true, name + ".encoder", 0, instances, true });
+        codecs.push_back({ type, false, name + ".decoder", 0, instances, true });
+        if (isLimitless) {
+            codecs.push_back({ type, true, name + ".other.encoder", 0, instances, true });
+            codecs.push_back({ type, false, name + ".other.decoder", 0, instances, true });
+        }
     }
     const int listing = m_listings++;
     if (DoublePlatform::has(Fault::CodecsShuffle) && listing % 2 == 1)

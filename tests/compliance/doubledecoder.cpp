@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <stdexcept>
 
 using namespace Veltra::Ocelle;
 
@@ -171,6 +172,8 @@ void DoubleDecoder::stop()
     endLate();
     m_inside.clear();
     m_isInitialized = false;
+    if (DoublePlatform::has(Fault::DecoderThrows))
+        throw std::runtime_error("no luck");
 }
 
 void DoubleDecoder::endLate()

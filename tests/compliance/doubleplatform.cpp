@@ -9,6 +9,7 @@
 #include <ocelle/videoencoder.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <utility>
 
 namespace {
@@ -97,6 +98,8 @@ void VideoDecoder::lockAndSetListener(VideoDecoderListener *listener)
 void VideoEncoder::lockAndSetListener(VideoEncoderListener *listener)
 {
     const std::lock_guard<std::mutex> lock(m_listenerMutex);
+    if (!listener && DoublePlatform::has(Fault::EncoderThrows))
+        throw std::runtime_error("no luck");
     if (listener || !DoublePlatform::has(Fault::EncoderKeepsListener))
         m_listener = listener;
 }

@@ -23,11 +23,14 @@ enum class Fault {
     CameraYields,         // delivers nothing once another one runs
     CameraHangs,          // stopCapture() does not return
     CameraThrows,         // startCapture() does
+    CameraThrowsLater,    // stopCapture() does, once it has stopped
+    ListingCountsTooMany, // one more than there is information on
     // Codecs
     CodecsShuffle,     // another order each time
     CodecIsNameless,   //
     OthersArePromised, // codecs that are not listed
     OthersAreGiven,
+    CodecsAreLimitless, // no fault: as many as a number can tell, of two of a kind
     // Encoders
     EncoderIsDenied,      // though listed and given
     EncoderRepeats,       // the picture before instead of number 5
@@ -44,6 +47,7 @@ enum class Fault {
     EncoderTakesNoSize,   // a configuration for pictures of 0x0
     EncoderTakesAnything, // before it is configured
     EncoderBreaks,        // for good, after a picture without a size
+    EncoderThrows,        // when its listener is taken away
     // Decoders
     DecoderIsDenied,
     DecoderRepeats,       // the picture before instead of number 5
@@ -59,4 +63,5 @@ enum class Fault {
     DecoderIsSilent,      // about bytes that are no frame
     DecoderShowsGarbage,  // as a picture
     DecoderBreaks,        // for good, after bytes that are no frame
+    DecoderThrows,        // when it is stopped
 };

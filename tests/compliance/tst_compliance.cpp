@@ -73,6 +73,10 @@ const QList<FaultRow> &faultRows()
         { "camera throws",
           Fault::CameraThrows, // whatever starts a camera
           { "camera.settings", "camera.restart", "camera.silence", "camera.second" } },
+        { "camera throws later",
+          Fault::CameraThrowsLater, // whatever stops one
+          { "camera.settings", "camera.restart", "camera.silence", "camera.second" } },
+        { "listing counts too many", Fault::ListingCountsTooMany, { "cameras.listing" } },
         { "codecs shuffle", Fault::CodecsShuffle, { "codecs.listing" } },
         { "codec is nameless", Fault::CodecIsNameless, { "codecs.listing" } },
         { "others are promised", Fault::OthersArePromised, { "codecs.others" } },
@@ -92,9 +96,17 @@ const QList<FaultRow> &faultRows()
         { "encoder takes no size", Fault::EncoderTakesNoSize, { "encoder.badinput" } },
         { "encoder takes anything", Fault::EncoderTakesAnything, { "encoder.badinput" } },
         { "encoder breaks", Fault::EncoderBreaks, { "encoder.badinput" } },
+        { "encoder throws",
+          Fault::EncoderThrows, // whatever makes one, also for a stream to decode
+          { "encoder.supported", "encoder.roundtrip", "encoder.keyframe", "encoder.bitrate",
+            "encoder.parameters", "encoder.silence", "encoder.release", "encoder.instances",
+            "encoder.timestamps", "encoder.badinput", "decoder.drain", "decoder.flush",
+            "decoder.silence", "decoder.release", "decoder.timestamps", "decoder.badinput" } },
         { "decoder is denied", Fault::DecoderIsDenied, { "decoder.supported" } },
         { "decoder repeats", Fault::DecoderRepeats, { "encoder.roundtrip" } }, // of both ends
-        { "decoder loses in drain", Fault::DecoderDrainLoses, { "decoder.drain" } },
+        { "decoder loses in drain",
+          Fault::DecoderDrainLoses,
+          { "encoder.roundtrip", "decoder.drain", "decoder.timestamps" } },
         { "decoder puts out in flush", Fault::DecoderFlushPutsOut, { "decoder.flush" } },
         { "decoder keeps listener", Fault::DecoderKeepsListener, { "decoder.silence" } },
         { "decoder releases twice", Fault::DecoderReleasesTwice, { "decoder.release" } },
@@ -106,6 +118,11 @@ const QList<FaultRow> &faultRows()
         { "decoder is silent", Fault::DecoderIsSilent, { "decoder.badinput" } },
         { "decoder shows garbage", Fault::DecoderShowsGarbage, { "decoder.badinput" } },
         { "decoder breaks", Fault::DecoderBreaks, { "decoder.badinput" } },
+        { "decoder throws",
+          Fault::DecoderThrows, // whatever starts one
+          { "encoder.roundtrip", "encoder.keyframe", "encoder.parameters", "decoder.supported",
+            "decoder.drain", "decoder.flush", "decoder.silence", "decoder.release",
+            "decoder.instances", "decoder.timestamps", "decoder.badinput" } },
     };
     return rows;
 }
@@ -128,6 +145,7 @@ private slots:
     void everyCheck_isFailedByAFault();
     void hangingCall_isNamedAndSkipsTheRest_data();
     void hangingCall_isNamedAndSkipsTheRest();
+    void limitlessInstances_areTriedUpToABound();
     void onlyAndDevice_chooseChecks();
     void reports_tellEveryResult();
 };
@@ -207,6 +225,20 @@ void ComplianceTest::hangingCall_isNamedAndSkipsTheRest()
     QCOMPARE(results.back().check, last);
 }
 
+void ComplianceTest::limitlessInstances_areTriedUpToABound()
+{
+    DoublePlatform platform(Fault::CodecsAreLimitless);
+    Options options = quickOptions();
+    options.only = QStringLiteral("*.instances");
+    Runner runner(options);
+    const std::vector<Result> results = runner.run([](const Result &) {});
+    QCOMPARE(results.size(), std::size_t(5)); // with discovery
+    for (auto result = results.begin() + 1; result != results.end(); ++result) {
+        QVERIFY2(result->outcome.kind == Outcome::Kind::Pass, qPrintable(toText(*result)));
+        QCOMPARE(result->outcome.reason, QStringLiteral("at once: 64 of 2147483647 tried"));
+    }
+}
+
 void ComplianceTest::onlyAndDevice_chooseChecks()
 {
     DoublePlatform platform(Fault::None);
@@ -218,12 +250,17 @@ void ComplianceTest::onlyAndDevice_chooseChecks()
     QCOMPARE(results.size(), std::size_t(2)); // discovery is always there
     QCOMPARE(results.back().check, QStringLiteral("camera.open"));
     QCOMPARE(results.back().device, QStringLiteral("two"));
-    QVERIFY(runner.hasDevice());
+    QCOMPARE(runner.wrongChoice(), QString());
 
     options.device = QStringLiteral("nobody");
     Runner other(options);
-    QCOMPARE(other.run([](const Result &) {}).size(), std::size_t(1));
-    QVERIFY(!other.hasDevice());
+    QCOMPARE(other.run([](const Result &) {}).size(), std::size_t(0));
+    QVERIFY(other.wrongChoice().contains(QLatin1String("no device \"nobody\"")));
+
+    options.device = QStringLiteral("h264.encoder");
+    Runner apart(options);
+    QCOMPARE(apart.run([](const Result &) {}).size(), std::size_t(0));
+    QVERIFY(apart.wrongChoice().contains(QLatin1String("no check \"*.open\"")));
 }
 
 void ComplianceTest::reports_tellEveryResult()

@@ -42,6 +42,15 @@ Outcome listing(Session &session, const Device &)
     CameraInfo info {};
     const int count = session.call(QStringLiteral("getNumberOfCameras()"),
                                    [&] { return manager->getNumberOfCameras(); });
+    for (int index = 0; index < count; ++index) {
+        if (!session.call(QStringLiteral("getCameraInfo()"),
+                          [&] { return manager->getCameraInfo(index, info); }))
+            return Outcome::fail(
+                    QStringLiteral("there is no information on camera number %1 of %2, "
+                                   "counted from 0")
+                            .arg(index)
+                            .arg(count));
+    }
     if (session.call(QStringLiteral("getCameraInfo(count)"),
                      [&] { return manager->getCameraInfo(count, info); }))
         return Outcome::fail(QStringLiteral("there is information on camera number %1 of %1, "

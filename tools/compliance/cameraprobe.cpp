@@ -103,7 +103,7 @@ CameraRun::CameraRun(Session *session, std::string id)
 
 CameraRun::~CameraRun()
 {
-    close();
+    m_session->guard([this] { close(); });
 }
 
 bool CameraRun::open()
@@ -111,6 +111,7 @@ bool CameraRun::open()
     CameraManager *const manager = OcelleManager();
     m_camera = m_session->call(QStringLiteral("openCamera()"),
                                [&] { return manager->openCamera(m_id); });
+    m_isAttached = bool(m_camera);
     if (m_camera)
         m_session->call(QStringLiteral("Camera::setListener()"),
                         [&] { m_camera->setListener(m_probe); });
@@ -128,13 +129,14 @@ bool CameraRun::start(const CameraCapability &capability)
 
 void CameraRun::stop()
 {
+    m_isStarted = false; // first: what throws is not called again
     m_session->call(QStringLiteral("stopCapture()"), [&] { m_camera->stopCapture(); });
-    m_isStarted = false;
     m_probe->forbid();
 }
 
 void CameraRun::detach()
 {
+    m_isAttached = false;
     m_session->call(QStringLiteral("Camera::setListener()"),
                     [&] { m_camera->setListener(nullptr); });
     m_probe->forbid();
@@ -146,7 +148,8 @@ void CameraRun::close()
         return;
     if (m_isStarted)
         stop();
-    detach();
+    if (m_isAttached)
+        detach();
     m_session->call(QStringLiteral("dropping the camera"), [&] { m_camera.reset(); });
 }
 

@@ -90,6 +90,7 @@ private:
     CameraProbe *const m_probe;
     std::shared_ptr<Veltra::Ocelle::Camera> m_camera;
     bool m_isStarted = false;
+    bool m_isAttached = false; // the probe
 };
 
 /*! What the camera lists; empty where it cannot be listed. */

@@ -32,4 +32,10 @@ bool isListed(Session &session, CodecType type, bool encoder)
     });
 }
 
+QString atOnce(int tried, int listed)
+{
+    return tried < listed ? QStringLiteral("at once: %1 of %2 tried").arg(tried).arg(listed)
+                          : QStringLiteral("at once: %1").arg(tried);
+}
+
 } // namespace Compliance

@@ -155,7 +155,8 @@ Outcome release(Session &session, const Device &device)
 Outcome instances(Session &session, const Device &device)
 {
     std::list<DecoderRun> runs;
-    for (int number = 1; number <= device.instances; ++number) {
+    const int tried = std::min(device.instances, MostInstances);
+    for (int number = 1; number <= tried; ++number) {
         runs.emplace_back(&session, device.type);
         if (!runs.back().start())
             return Outcome::fail(QStringLiteral("of %1 instances number %2 is not to be had")
@@ -163,7 +164,7 @@ Outcome instances(Session &session, const Device &device)
                                          .arg(number) +
                                  runs.back().trouble());
     }
-    return Outcome::pass(QStringLiteral("at once: %1").arg(device.instances));
+    return Outcome::pass(atOnce(tried, device.instances));
 }
 
 QString stampProblem(Session &session, CodecType type, const std::vector<Unit> &units)
@@ -183,8 +184,7 @@ QString stampProblem(Session &session, CodecType type, const std::vector<Unit> &
             return QStringLiteral("time stamp %1 comes, which no frame had").arg(picture.timestamp);
         left.erase(found);
     }
-    return left.size() > MostInside ? QStringLiteral("%1 time stamps do not come").arg(left.size())
-                                    : QString();
+    return left.empty() ? QString() : QStringLiteral("%1 time stamps do not come").arg(left.size());
 }
 
 Outcome timestamps(Session &session, const Device &device)

@@ -152,7 +152,7 @@ DecoderRun::DecoderRun(Session *session, CodecType type)
 
 DecoderRun::~DecoderRun()
 {
-    drop();
+    m_session->guard([this] { drop(); });
 }
 
 bool DecoderRun::create()
@@ -161,6 +161,7 @@ bool DecoderRun::create()
     m_decoder = m_session->call(QStringLiteral("createVideoDecoder()"),
                                 [&] { return manager->createVideoDecoder(m_type, 0); });
     m_probe->welcome();
+    m_isAttached = bool(m_decoder);
     if (m_decoder)
         m_session->call(QStringLiteral("VideoDecoder::lockAndSetListener()"),
                         [&] { m_decoder->lockAndSetListener(m_probe); });
@@ -220,12 +221,13 @@ void DecoderRun::drain()
 
 void DecoderRun::stop()
 {
+    m_isInitialized = false; // first: what throws is not called again
     m_session->call(QStringLiteral("VideoDecoder::stop()"), [&] { m_decoder->stop(); });
-    m_isInitialized = false;
 }
 
 void DecoderRun::detach()
 {
+    m_isAttached = false;
     m_session->call(QStringLiteral("VideoDecoder::lockAndSetListener()"),
                     [&] { m_decoder->lockAndSetListener(nullptr); });
     m_probe->forbid();
@@ -235,11 +237,12 @@ void DecoderRun::drop()
 {
     if (!m_decoder)
         return;
-    if (m_isInitialized) {
+    if (std::exchange(m_isInitialized, false)) {
         flush();
         stop();
     }
-    detach();
+    if (m_isAttached)
+        detach();
     m_session->call(QStringLiteral("dropping the decoder"), [&] { m_decoder.reset(); });
 }
 

@@ -104,6 +104,7 @@ private:
     std::vector<Block *> m_blocks; // the session's
     std::shared_ptr<Veltra::Ocelle::VideoDecoder> m_decoder;
     bool m_isInitialized = false;
+    bool m_isAttached = false; // the probe
 };
 
 } // namespace Compliance

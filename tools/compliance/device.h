@@ -26,6 +26,8 @@ struct Device
     int instances = 0; // of that kind of codec at once, as listed
 };
 
+constexpr int MostInstances = 64; // that are tried at once, however many are listed
+
 /*! "h264" */
 QString codecKindName(Veltra::Ocelle::CodecType type);
 

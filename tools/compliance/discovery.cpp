@@ -6,6 +6,8 @@
 #include <ocelle/cameramanager.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 namespace Compliance {
 namespace {
@@ -16,6 +18,13 @@ bool isKnown(CodecType type)
 {
     return type == CodecType::VP8 || type == CodecType::VP9 || type == CodecType::H264 ||
            type == CodecType::H265;
+}
+
+// A platform may well list a limitless number.
+int sum(int first, int second)
+{
+    const std::int64_t both = std::int64_t(first) + second;
+    return int(std::clamp<std::int64_t>(both, 0, std::numeric_limits<int>::max()));
 }
 
 int addCodecs(const std::vector<VideoCodecInfo> &codecs, bool encoders,
@@ -33,7 +42,7 @@ int addCodecs(const std::vector<VideoCodecInfo> &codecs, bool encoders,
         if (same == devices->end())
             devices->push_back({ kind, codec.codecName, codec.type, codec.maxInstances });
         else
-            same->instances += codec.maxInstances;
+            same->instances = sum(same->instances, codec.maxInstances);
     }
     return count;
 }

@@ -89,7 +89,7 @@ EncoderRun::EncoderRun(Session *session, CodecType type)
 
 EncoderRun::~EncoderRun()
 {
-    drop();
+    m_session->guard([this] { drop(); });
 }
 
 bool EncoderRun::create()
@@ -98,6 +98,7 @@ bool EncoderRun::create()
     m_session->call(QStringLiteral("prepare()"), [&] { return manager->prepare(); });
     m_encoder = m_session->call(QStringLiteral("createVideoEncoder()"),
                                 [&] { return manager->createVideoEncoder(m_type, 0); });
+    m_isAttached = bool(m_encoder);
     if (m_encoder)
         m_session->call(QStringLiteral("VideoEncoder::lockAndSetListener()"),
                         [&] { m_encoder->lockAndSetListener(m_probe); });
@@ -153,6 +154,7 @@ bool EncoderRun::encode(std::shared_ptr<YCbCrFrame> frame)
 
 void EncoderRun::detach()
 {
+    m_isAttached = false; // first: what throws is not called again
     m_session->call(QStringLiteral("VideoEncoder::lockAndSetListener()"),
                     [&] { m_encoder->lockAndSetListener(nullptr); });
     m_probe->forbid();
@@ -162,7 +164,8 @@ void EncoderRun::drop()
 {
     if (!m_encoder)
         return;
-    detach();
+    if (m_isAttached)
+        detach();
     m_session->call(QStringLiteral("dropping the encoder"), [&] { m_encoder.reset(); });
 }
 

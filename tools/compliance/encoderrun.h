@@ -100,6 +100,7 @@ private:
     EncoderProbe *const m_probe;
     const std::shared_ptr<PictureCount> m_pictures = std::make_shared<PictureCount>();
     std::shared_ptr<Veltra::Ocelle::VideoEncoder> m_encoder;
+    bool m_isAttached = false; // the probe
     int m_taken = 0;
 };
 

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <exception>
 
 namespace Compliance {
 
@@ -44,22 +43,44 @@ std::vector<Result> Runner::run(const OnResult &onResult)
     QElapsedTimer clock;
     clock.start();
     const Outcome found = discover();
+    if (found.kind == Outcome::Kind::Pass)
+        m_wrongChoice = findWrongChoice();
+    if (!m_wrongChoice.isEmpty())
+        return m_results;
     report({ QStringLiteral("platform.discovery"),
              QStringLiteral("the libraries tell what cameras and codecs there are"), QString(),
              found, double(clock.elapsed()) / 1000 },
            onResult);
-    const auto isChosen = [this](const Device &device) {
-        return !device.id.empty() && matches(m_options.device, QString::fromStdString(device.id));
-    };
-    m_hasDevice =
-            m_options.device.isEmpty() || std::any_of(m_devices.begin(), m_devices.end(), isChosen);
-    if (!m_hasDevice && !m_isStuck)
-        return m_results;
     for (const Check &check : allChecks()) {
-        if (matches(m_options.only, QString::fromLatin1(check.name)))
+        if (isChosen(check))
             runCheck(check, onResult);
     }
     return m_results;
+}
+
+bool Runner::isChosen(const Check &check) const
+{
+    return matches(m_options.only, QString::fromLatin1(check.name));
+}
+
+QString Runner::findWrongChoice() const
+{
+    if (m_options.device.isEmpty())
+        return {}; // a check without a device is skipped, and says so
+    const auto isWanted = [this](const Device &device) {
+        return !device.id.empty() && matches(m_options.device, QString::fromStdString(device.id));
+    };
+    if (std::none_of(m_devices.begin(), m_devices.end(), isWanted))
+        return QStringLiteral("there is no device \"%1\"; ocelle list shows them")
+                .arg(m_options.device);
+    const auto &checks = allChecks();
+    const auto isMade = [this](const Check &check) {
+        return isChosen(check) && !devicesFor(check).empty();
+    };
+    if (std::none_of(checks.begin(), checks.end(), isMade))
+        return QStringLiteral("no check \"%1\" is made on device \"%2\"")
+                .arg(m_options.only, m_options.device);
+    return {};
 }
 
 Outcome Runner::discover()
@@ -85,12 +106,10 @@ Outcome Runner::bounded(const std::function<Outcome(Session &)> &body)
     m_sessions.push_back(std::make_unique<Session>(m_options));
     Session *const session = m_sessions.back().get();
     std::thread thread([shared, session, body] {
-        try {
-            shared->outcome = body(*session);
-        } catch (const std::exception &error) { // of the platform's
-            shared->outcome = Outcome::fail(
-                    QStringLiteral("the platform throws: %1").arg(QString::fromUtf8(error.what())));
-        }
+        session->guard([&] { shared->outcome = body(*session); });
+        if (!session->thrown().isEmpty() && shared->outcome.kind != Outcome::Kind::Fail)
+            shared->outcome =
+                    Outcome::fail(QStringLiteral("the platform throws: ") + session->thrown());
         shared->isDone = true;
     });
     QEventLoop loop;

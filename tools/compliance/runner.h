@@ -30,12 +30,14 @@ public:
     /*! \a onResult is told each result as it comes. */
     std::vector<Result> run(const OnResult &onResult);
     bool isStuck() const { return m_isStuck; }
-    /*! Whether the options chose any device; true where they name none. */
-    bool hasDevice() const { return m_hasDevice; }
+    /*! Why the options choose nothing, so that nothing was run; empty where they choose something. */
+    const QString &wrongChoice() const { return m_wrongChoice; }
 
 private:
     Outcome bounded(const std::function<Outcome(Session &)> &body);
     Outcome discover();
+    bool isChosen(const Check &check) const;
+    QString findWrongChoice() const;
     std::vector<Device> devicesFor(const Check &check) const;
     void runCheck(const Check &check, const OnResult &onResult);
     void add(const Check &check, const Device &device, const OnResult &onResult);
@@ -47,7 +49,7 @@ private:
     std::vector<Result> m_results;
     std::thread m_stuckThread;
     bool m_isStuck = false;
-    bool m_hasDevice = true;
+    QString m_wrongChoice;
 };
 
 /*! Whether \a text matches a pattern with * and ?; an empty pattern matches all. */

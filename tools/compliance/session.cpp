@@ -2,6 +2,7 @@
 #include "session.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace Compliance {
 
@@ -39,6 +40,21 @@ bool Session::waitUntil(const std::function<bool()> &isDone, int limit)
 bool Session::staysQuiet(const std::function<bool()> &isBroken)
 {
     return !waitUntil(isBroken, patience().quiet);
+}
+
+void Session::guard(const std::function<void()> &body)
+{
+    QString thrown;
+    try {
+        body();
+        return;
+    } catch (const std::exception &error) {
+        thrown = QString::fromUtf8(error.what());
+    } catch (...) {
+        thrown = QStringLiteral("something that is no std::exception");
+    }
+    if (m_thrown.isEmpty())
+        m_thrown = thrown.isEmpty() ? QStringLiteral("an exception without a text") : thrown;
 }
 
 void Session::wake()

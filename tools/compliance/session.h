@@ -18,8 +18,8 @@ namespace Compliance {
 /*!
  * What one check works with: bounded calls, bounded waits, and eyes for pictures.
  *
- * Threads: built and destroyed on the main thread. call(), waitUntil(), staysQuiet() and keep() on
- *          the check's thread; wake() on any; the rest on the main thread.
+ * Threads: built and destroyed on the main thread. call(), waitUntil(), staysQuiet() and guard(),
+ *          thrown() and keep() on the check's thread; wake() on any; the rest on the main thread.
  * Owner:   the Runner. It outlives the run, so that a platform which calls back too late finds its
  *          listeners, whose owner this is.
  */
@@ -45,6 +45,10 @@ public:
     bool waitUntil(const std::function<bool()> &isDone, int milliseconds);
     /*! Whether \a isBroken stays false for as long as that is waited for. */
     bool staysQuiet(const std::function<bool()> &isBroken);
+
+    /*! Runs \a body; notes what it throws, for a platform that throws fails the check. */
+    void guard(const std::function<void()> &body);
+    const QString &thrown() const { return m_thrown; } // first; empty where nothing was
 
     /*! Makes an object that lives as long as this. */
     template <class Kept, class... Arguments>
@@ -82,6 +86,7 @@ private:
     const Options m_options;
     PictureViewer m_viewer;
     std::vector<std::shared_ptr<void>> m_kept; // check's thread
+    QString m_thrown;                          // check's thread
 
     std::mutex m_wakeMutex; // guards m_wakes
     std::condition_variable m_woken;
