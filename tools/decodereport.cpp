@@ -2,8 +2,7 @@
 #include "decodereport.h"
 
 #include "fileplayer.h"
-
-#include <videooutputstatistics.h>
+#include "standinfunctions.h"
 
 namespace Tool {
 namespace {
@@ -34,9 +33,9 @@ DecodeReport DecodeReport::of(const FilePlayer &player, const QString &file,
                                       : qMax<qint64>(0, report.counts.lost() - player.inside());
     report.seconds = player.seconds();
     report.rate = player.rate();
-    Veltra::Ocelle::VideoOutputStatistics counted;
-    if (Veltra::Ocelle::videoOutputStatistics(surface, &counted) && player.isComplete())
-        report.dropped = qint64(counted.dropped);
+    const auto counted = statisticsOf(surface);
+    if (counted && player.isComplete())
+        report.dropped = qint64(counted->dropped);
     return report;
 }
 

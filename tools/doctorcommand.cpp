@@ -7,14 +7,13 @@
 #include "doctor/platformexamination.h"
 #include "doctor/pluginexamination.h"
 #include "environment.h"
+#include "standinfunctions.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QProcessEnvironment>
 #include <QString>
-
-#include <cameranodes.h>
 
 #include <algorithm>
 
@@ -46,7 +45,12 @@ QString toText(const CameraNode &node)
 
 int examineCameras(bool json)
 {
-    const std::vector<CameraNode> nodes = Veltra::Ocelle::examineCameraNodes();
+    const auto examined = examineVideoNodes();
+    if (!examined) {
+        printError(QStringLiteral("the platform libraries of this device examine no video nodes"));
+        return Failure;
+    }
+    const std::vector<CameraNode> &nodes = *examined;
     bool written = true;
     if (json) {
         QJsonArray all;

@@ -7,11 +7,9 @@
 #include "frameimage.h"
 #include "interruption.h"
 #include "settingschoice.h"
+#include "standinfunctions.h"
 
 #include <QCoreApplication>
-
-#include <camerarates.h>
-#include <videooutputstatistics.h>
 
 namespace Tool {
 namespace {
@@ -22,22 +20,20 @@ constexpr int ProgressTicks = 10;  // between two lines where they do not replac
 
 std::optional<PreviewReport::Device> deviceOf(const QString &camera)
 {
-    for (const Veltra::Ocelle::CameraRate &rate : Veltra::Ocelle::cameraRates()) {
-        if (QString::fromStdString(rate.id) == camera)
-            return PreviewReport::Device { QString::fromStdString(rate.format), rate.negotiated,
-                                           rate.measured,
-                                           QString::fromStdString(rate.loweringControl) };
-    }
-    return std::nullopt;
+    const auto rate = rateOf(camera.toStdString());
+    if (!rate)
+        return std::nullopt;
+    return PreviewReport::Device { QString::fromStdString(rate->format), rate->negotiated,
+                                   rate->measured, QString::fromStdString(rate->loweringControl) };
 }
 
 std::optional<PreviewReport::Delivery> deliveryTo(const QAbstractVideoSurface *surface)
 {
-    Veltra::Ocelle::VideoOutputStatistics counted;
-    if (!Veltra::Ocelle::videoOutputStatistics(surface, &counted))
-        return std::nullopt; // a camera of another back end
-    return PreviewReport::Delivery { counted.delivered, counted.dropped, counted.missing,
-                                     counted.duplicated };
+    const auto counted = statisticsOf(surface);
+    if (!counted)
+        return std::nullopt; // a camera of another back end, or of a device's platform
+    return PreviewReport::Delivery { counted->delivered, counted->dropped, counted->missing,
+                                     counted->duplicated };
 }
 
 } // namespace
@@ -51,6 +47,8 @@ PreviewCommand::PreviewCommand(const PreviewOptions &options, QObject *parent)
         m_surface.setLimit(*options.frames);
     connect(&m_surface, &PreviewSurface::limitReached, this, [this] { finish(Success); });
     connect(&m_surface, &PreviewSurface::firstPictureTaken, this, [this] {
+        if (m_options.window && !hasDisplay())
+            printNote(QStringLiteral("There is no display, so the preview runs without a window."));
         if (!m_options.frames)
             printNote(QStringLiteral("Pictures of %1 come in; Ctrl-C ends this.")
                               .arg(m_options.camera));
@@ -67,9 +65,6 @@ int PreviewCommand::run()
         printError(noSuchCamera(m_options.camera));
         return Usage;
     }
-    if (m_options.window && !hasDisplay())
-        printNote(QStringLiteral("There is no display, so the preview runs without a window."));
-
     Interruption interruption;
     connect(&interruption, &Interruption::interrupted, this, [this] { finish(Success); });
     // In the event loop, which finish() ends.

@@ -6,12 +6,12 @@
 #include "console.h"
 #include "interruption.h"
 #include "settingschoice.h"
+#include "standinfunctions.h"
 
 #include <QCoreApplication>
 #include <QMediaService>
 
 #include <palaver/qpvrawvideosourcecontrol.h>
-#include <videooutputstatistics.h>
 
 namespace Tool {
 namespace {
@@ -241,9 +241,8 @@ void RecordCommand::onTick()
 
 qint64 RecordCommand::dropped() const
 {
-    Veltra::Ocelle::VideoOutputStatistics counted; // none for a camera of another back end
-    Veltra::Ocelle::videoOutputStatistics(&m_surface, &counted);
-    return m_recording->refused() + qint64(counted.dropped);
+    const auto counted = statisticsOf(&m_surface); // none for a camera of another back end
+    return m_recording->refused() + (counted ? qint64(counted->dropped) : 0);
 }
 
 QString RecordCommand::gone() const
@@ -263,9 +262,8 @@ void RecordCommand::finish(int exitCode, const QString &error)
     m_isFinished = true;
     m_tick.stop();
     m_report.dropped = dropped();
-    Veltra::Ocelle::VideoOutputStatistics counted;
-    if (Veltra::Ocelle::videoOutputStatistics(&m_surface, &counted))
-        m_report.missing = qint64(counted.missing);
+    if (const auto counted = statisticsOf(&m_surface))
+        m_report.missing = qint64(counted->missing);
     // Not from within a signal of the camera or the surface.
     QTimer::singleShot(0, this, [this] {
         closeCamera();

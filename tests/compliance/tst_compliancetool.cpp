@@ -52,6 +52,9 @@ private slots:
     void otherLibraries_areChecked();
     void wrongChoices_areExplained_data();
     void wrongChoices_areExplained();
+    void wrongChoice_leavesTheReportThatIsThere();
+    void otherLibraries_areRunOn_data();
+    void otherLibraries_areRunOn();
 };
 
 void ComplianceToolTest::standInKeepsTheContract_data()
@@ -173,6 +176,9 @@ void ComplianceToolTest::wrongChoices_areExplained_data()
                            << QByteArray("there is no check \"camera.nonsense\"");
     QTest::newRow("device") << QStringList { "--device", "nobody" }
                             << QByteArray("there is no device \"nobody\"");
+    QTest::newRow("check of other devices")
+            << QStringList { "--only", "encoder.keyframe", "--device", "pattern:back" }
+            << QByteArray("no check \"encoder.keyframe\" is made on device \"pattern:back\"");
     QTest::newRow("seconds") << QStringList { "--hotplug", "0" } << QByteArray("--hotplug");
     QTest::newRow("folder") << QStringList { "--junit", "/no/report.xml" } << QByteArray("/no");
 }
@@ -185,6 +191,60 @@ void ComplianceToolTest::wrongChoices_areExplained()
     QCOMPARE(tool.finish(), 2);
     const QByteArray errors = tool.process.readAllStandardError();
     QVERIFY2(errors.contains(words), errors);
+    QVERIFY2(errors.count('\n') == 1, errors);
+    QCOMPARE(tool.process.readAllStandardOutput(), QByteArray());
+}
+
+void ComplianceToolTest::wrongChoice_leavesTheReportThatIsThere()
+{
+    const QTemporaryDir folder;
+    const QString name = folder.filePath(QStringLiteral("report.xml"));
+    QFile report(name);
+    QVERIFY(report.open(QIODevice::ReadWrite));
+    QCOMPARE(report.write("of before"), qint64(9));
+    QVERIFY(report.flush());
+    Tool tool({ "compliance", "--device", "nobody", "--junit", name }, QStringLiteral("pattern"));
+    QCOMPARE(tool.finish(), 2);
+    QFile left(name);
+    QVERIFY(left.open(QIODevice::ReadOnly));
+    QCOMPARE(left.readAll(), QByteArray("of before"));
+    QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList { "report.xml" });
+}
+
+void ComplianceToolTest::otherLibraries_areRunOn_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("words"); // of the output
+    QTest::newRow("compliance") << QStringList { "compliance", "--only", "camera.open" } << 0
+                                << QByteArray("pass  camera.open         two\n");
+    QTest::newRow("list") << QStringList { "list" } << 0 << QByteArray("h264");
+    QTest::newRow("doctor") << QStringList { "doctor" } << 0
+                            << QByteArray("note     devices      video nodes are not examined");
+    QTest::newRow("doctor, choice") << QStringList { "doctor" } << 0
+                                    << QByteArray("note     environment  OCELLE_CAMERAS is not");
+    QTest::newRow("doctor, nodes") << QStringList { "doctor", "--cameras" } << 1 << QByteArray();
+    QTest::newRow("preview") << QStringList { "preview", "one", "--frames", "5", "--no-window" }
+                             << 0 << QByteArray("presented 5;");
+}
+
+// With all that the program refers to looked up as it starts.
+void ComplianceToolTest::otherLibraries_areRunOn()
+{
+    QFETCH(QStringList, command);
+    QFETCH(QByteArray, words);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral(OCELLE_DEVICE_LIBRARIES));
+    environment.insert(QStringLiteral("LD_BIND_NOW"), QStringLiteral("1"));
+    environment.insert(QStringLiteral("QT_PLUGIN_PATH"), QStringLiteral(OCELLE_PLUGINS));
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    Tool tool(command, QString(), environment);
+    const int exitCode = tool.finish();
+    const QByteArray output = tool.process.readAllStandardOutput();
+    const QByteArray errors = tool.process.readAllStandardError();
+    QVERIFY2(output.contains(words), output + errors);
+    QVERIFY2(!errors.contains("symbol lookup error"), errors);
+    QTEST(exitCode, "exitCode");
 }
 
 QTEST_GUILESS_MAIN(ComplianceToolTest)

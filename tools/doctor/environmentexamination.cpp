@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "environmentexamination.h"
 
+#include "standinfunctions.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 
-#include <cameranodes.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,18 +32,22 @@ Findings examineCameras(const QProcessEnvironment &environment)
     if (!environment.contains(name))
         return {};
     const QString value = environment.value(name);
+    const auto problems = Tool::problemsOfSelection(QFile::encodeName(value).constData());
+    if (!problems)
+        return { { Level::Note, area(),
+                   QStringLiteral("OCELLE_CAMERAS is not examined: the platform libraries are a "
+                                  "device's own"),
+                   QStringLiteral("unset it; a device's platform decides which cameras it has") } };
     if (value.trimmed().isEmpty())
         return { { Level::Problem, area(),
                    QStringLiteral("OCELLE_CAMERAS is empty, so there is no camera at all"),
                    QStringLiteral("unset it, or set it to v4l2,pattern") } };
     Findings findings;
-    const std::vector<std::string> problems =
-            Veltra::Ocelle::examineCameraSelection(QFile::encodeName(value).constData());
-    for (const std::string &problem : problems)
+    for (const std::string &problem : *problems)
         findings.append({ Level::Problem, area(),
                           QStringLiteral("OCELLE_CAMERAS: ") + QString::fromStdString(problem),
                           QStringLiteral("correct that entry or leave it out") });
-    if (problems.empty() && !value.contains(QLatin1String("v4l2")))
+    if (problems->empty() && !value.contains(QLatin1String("v4l2")))
         findings.append({ Level::Note, area(),
                           QStringLiteral("OCELLE_CAMERAS=%1 leaves out webcams").arg(value),
                           QStringLiteral("add v4l2 to have them") });

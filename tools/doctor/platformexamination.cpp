@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "platformexamination.h"
 
+#include "standinfunctions.h"
+
 #include <QLibraryInfo>
 #include <QStringList>
 #include <QVersionNumber>
@@ -33,6 +35,25 @@ Findings examineRenderNodes()
                           QStringLiteral("adduser USER render as root, then log in again") });
     }
     return findings;
+}
+
+bool isDenied(const CameraNode &node)
+{
+    return node.finding.find("permission denied") != std::string::npos;
+}
+
+// For one that is not offered; the sentence on it names what is particular.
+QString remedyFor(const CameraNode &node)
+{
+    if (isDenied(node))
+        return QStringLiteral(
+                "adduser USER video as root, then log in again; if the sentence names "
+                "another way, do that");
+    if (node.finding.rfind("not offered", 0) == 0)
+        return QStringLiteral("nothing, where another node of that camera is offered; else the "
+                              "camera is of a kind that is not supported");
+    return QStringLiteral("do what the sentence says, then examine it again with ocelle doctor "
+                          "--cameras");
 }
 
 } // namespace
@@ -70,13 +91,12 @@ Findings judgeNodes(const std::vector<CameraNode> &nodes, bool hasCameras)
                 QStringLiteral("%1 \"%2\": %3")
                         .arg(QString::fromStdString(node.node), QString::fromStdString(node.name),
                              QString::fromStdString(node.finding));
-        const bool mayBeUsed = node.finding.find("permission denied") == std::string::npos;
         // A camera often has nodes that are no cameras; one that is closed to us always counts.
         if (node.isOffered)
             findings.append({ Level::Good, area, text, QString() });
         else
-            findings.append({ mayBeUsed ? Level::Note : Level::Problem, area, text,
-                              QStringLiteral("docs/cameras.md tells what the sentence means") });
+            findings.append(
+                    { isDenied(node) ? Level::Problem : Level::Note, area, text, remedyFor(node) });
     }
     const bool isAnyOffered = std::any_of(nodes.begin(), nodes.end(),
                                           [](const CameraNode &node) { return node.isOffered; });
@@ -88,7 +108,15 @@ Findings judgeNodes(const std::vector<CameraNode> &nodes, bool hasCameras)
 
 Findings examineNodes(bool hasCameras)
 {
-    return judgeNodes(examineCameraNodes(), hasCameras) + examineRenderNodes();
+    const auto nodes = Tool::examineVideoNodes();
+    if (!nodes)
+        return Findings {
+            { Level::Note, QStringLiteral("devices"),
+              QStringLiteral("video nodes are not examined: the platform libraries are "
+                             "a device's own"),
+              QStringLiteral("ocelle compliance checks what those do") }
+        } + examineRenderNodes();
+    return judgeNodes(*nodes, hasCameras) + examineRenderNodes();
 }
 
 Findings judgeCodecs(const std::vector<VideoCodecInfo> &codecs)
