@@ -51,6 +51,14 @@ ocelle_copyright("${_made}/copyright-standin" "Comment:
  .
  The CMake option OCELLE_GPL_CODECS=OFF builds the library without x264 and x265.
 ")
+ocelle_copyright("${_made}/copyright-tools" "Comment:
+ The source is under the BSD licence below. The programs ocelle and
+ ocelle-viewer link FFmpeg's libavformat, libavcodec, libavutil and libswscale.
+ These are under the GNU General Public License, version 2 or later, where they
+ were configured with parts that are, as Debian's are. Combined with them the
+ programs may only be passed on under the terms of that licence:
+ /usr/share/common-licenses/GPL-2 on Debian systems.
+")
 
 # ocelle_debian_package(<component> <section> <summary> <description>)
 macro(ocelle_debian_package component section summary description)
