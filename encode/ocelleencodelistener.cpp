@@ -3,8 +3,8 @@
 
 #include <QMutexLocker>
 
-#include <algorithm>
 #include <memory>
+#include <vector>
 
 using Veltra::Ocelle::FrameType;
 using Veltra::Ocelle::VideoEncoderListener;
@@ -16,22 +16,21 @@ class OcelleEncodeListener::Call
 public:
     explicit Call(OcelleEncodeListener *listener)
         : m_listener(listener)
+        , m_outer(s_innermost)
     {
-        QMutexLocker locker(&m_listener->m_mutex);
+        ++m_listener->m_calls;
         m_target = m_listener->m_target;
-        if (m_target)
-            m_listener->m_callers.push_back(std::this_thread::get_id());
+        s_innermost = this;
     }
 
     ~Call()
     {
-        if (!m_target)
+        s_innermost = m_outer;
+        --m_listener->m_calls;
+        if (m_listener->m_target)
             return;
-        QMutexLocker locker(&m_listener->m_mutex);
-        auto &callers = m_listener->m_callers;
-        callers.erase(std::find(callers.begin(), callers.end(), std::this_thread::get_id()));
-        if (!m_listener->m_target)
-            m_listener->m_ended.wakeAll();
+        QMutexLocker locker(&m_listener->m_mutex); // not between close()'s look and its wait
+        m_listener->m_ended.wakeAll();
     }
 
     Call(const Call &) = delete;
@@ -40,10 +39,24 @@ public:
     explicit operator bool() const { return m_target; }
     VideoEncoderListener *operator->() const { return m_target; }
 
+    /*! How many of \a listener's calls the current thread is in. */
+    static int ofThisThread(const OcelleEncodeListener *listener)
+    {
+        int count = 0;
+        for (const Call *call = s_innermost; call; call = call->m_outer)
+            count += call->m_listener == listener ? 1 : 0;
+        return count;
+    }
+
 private:
+    static thread_local Call *s_innermost;
+
     OcelleEncodeListener *const m_listener;
+    Call *const m_outer;
     VideoEncoderListener *m_target;
 };
+
+thread_local OcelleEncodeListener::Call *OcelleEncodeListener::Call::s_innermost = nullptr;
 
 OcelleEncodeListener::OcelleEncodeListener(VideoEncoderListener *target)
     : m_target(target)
@@ -62,12 +75,10 @@ OcelleEncodeListener *OcelleEncodeListener::create(VideoEncoderListener *target)
 
 void OcelleEncodeListener::close()
 {
-    const auto isOther = [](std::thread::id caller) {
-        return caller != std::this_thread::get_id();
-    };
-    QMutexLocker locker(&m_mutex);
+    const int own = Call::ofThisThread(this);
     m_target = nullptr;
-    while (std::any_of(m_callers.begin(), m_callers.end(), isOther))
+    QMutexLocker locker(&m_mutex);
+    while (m_calls > own)
         m_ended.wait(&m_mutex);
 }
 

@@ -6,9 +6,8 @@
 
 #include <ocelle/videoencoder.h>
 
+#include <atomic>
 #include <string>
-#include <thread>
-#include <vector>
 
 /*!
  * What the platform's encoders call, and what hands their calls on to the session for as long as
@@ -45,8 +44,9 @@ private:
 
     explicit OcelleEncodeListener(Veltra::Ocelle::VideoEncoderListener *target);
 
-    QMutex m_mutex; // guards what follows; not held while calling
+    // Who comes in is counted first and looks at the target then; closing does it the other way round.
+    std::atomic<Veltra::Ocelle::VideoEncoderListener *> m_target; // null once closed
+    std::atomic<int> m_calls { 0 };                               // that are inside
+    QMutex m_mutex;                                               // for the wait for these alone
     QWaitCondition m_ended;
-    Veltra::Ocelle::VideoEncoderListener *m_target; // null once closed
-    std::vector<std::thread::id> m_callers;         // that are inside the target
 };
