@@ -2,6 +2,7 @@
 // Has a camera's pictures encoded and takes the result with a sink of its own, which here writes a
 // bare H.264 stream to a file; it could as well send it somewhere.
 #include "codecservice.h"
+#include "numberoption.h"
 
 #include <QAbstractVideoSurface>
 #include <QCamera>
@@ -36,6 +37,12 @@ public:
 
     int units() const { return m_units; } // any thread
     qint64 bytes() const { return m_bytes; }
+    QString error() const // once it has stopped; empty: the file is complete
+    {
+        return m_file.error() == QFileDevice::NoError
+                       ? QString()
+                       : m_file.fileName() + ": " + m_file.errorString();
+    }
 
     bool isFormatSupported(const QVideoEncoderSettings &settings) override
     {
@@ -43,13 +50,19 @@ public:
     }
     bool start(const QVideoEncoderSettings &) override // false: nothing gets encoded
     {
-        return m_file.open(QIODevice::WriteOnly);
+        if (m_file.open(QIODevice::WriteOnly))
+            return true;
+        emit failed(m_file.fileName() + ": " + m_file.errorString());
+        return false;
     }
     void present(const QPVEncodedVideoFrame &frame) override
     {
         const QByteArray data = frame.data();
-        if (m_file.write(data) != data.size()) {
-            emit failed(m_file.errorString());
+        // Flushed, so that a full disk is noticed at once.
+        if (m_hasFailed || m_file.write(data) != data.size() || !m_file.flush()) {
+            if (!m_hasFailed)
+                emit failed(m_file.fileName() + ": " + m_file.errorString());
+            m_hasFailed = true;
             return;
         }
         m_bytes += data.size();
@@ -57,7 +70,7 @@ public:
         emit unitWritten();
     }
     void finish() override {}
-    void stop() override { m_file.close(); }
+    void stop() override { m_file.close(); } // may fail: see error()
     void release() override {} // another sink takes the place; this one is ours to delete
 
 signals:
@@ -66,6 +79,7 @@ signals:
 
 private:
     QFile m_file;
+    bool m_hasFailed = false; // to write
     std::atomic<int> m_units { 0 };
     std::atomic<qint64> m_bytes { 0 };
 };
@@ -114,7 +128,7 @@ int main(int argc, char **argv)
     options.process(application);
     if (options.positionalArguments().size() != 1)
         options.showHelp(2);
-    const int frames = options.value("frames").toInt();
+    const int frames = numberOption(options, "frames");
 
     if (QCameraInfo::availableCameras().isEmpty())
         fail("there is no camera; \"ocelle doctor\" tells why");
@@ -165,9 +179,12 @@ int main(int argc, char **argv)
     raw->setSurface(nullptr);
     feed.encoder->stop();      // ends with finish() and stop() of the sink
     source->removeSink(&sink); // it may be deleted now
-    if (result == 0)
-        qInfo("%d pictures, %lld bytes", sink.units(), sink.bytes());
-    return result;
+    if (result != 0)
+        return result; // why was told
+    if (!sink.error().isEmpty())
+        fail(sink.error());
+    qInfo("%d pictures, %lld bytes", sink.units(), sink.bytes());
+    return 0;
 }
 
 #include "main.moc"

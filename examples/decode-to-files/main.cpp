@@ -2,6 +2,7 @@
 // Decodes an IVF file of VP8 or VP9 and saves its pictures as 0001.png, 0002.png and so on.
 #include "codecservice.h"
 #include "ivf.h"
+#include "numberoption.h"
 
 #include <QAbstractVideoSurface>
 #include <QCommandLineParser>
@@ -64,6 +65,10 @@ public:
         if (!m_file.open(QIODevice::ReadOnly) || !Ivf::read(&m_file, &header))
             return fail(
                     QStringLiteral("%1 is no IVF file that can be read").arg(m_file.fileName()));
+        if (header.codec != "VP80" && header.codec != "VP90")
+            return fail(QStringLiteral("%1 has \"%2\" in it, neither VP8 nor VP9")
+                                .arg(m_file.fileName(),
+                                     QString::fromLatin1(header.codec.toPercentEncoding())));
         QVideoEncoderSettings stream;
         stream.setCodec(QLatin1String(header.codec == "VP90" ? "video/vp9" : "video/vp8"));
         stream.setResolution(header.size);
@@ -164,7 +169,7 @@ int main(int argc, char **argv)
         return 2;
     }
     FileDecoder decoder(options.positionalArguments().at(0), folder,
-                        options.value("frames").toInt());
+                        numberOption(options, "frames"));
     QMetaObject::invokeMethod(&decoder, &FileDecoder::start, Qt::QueuedConnection);
     return application.exec();
 }

@@ -3,6 +3,7 @@
 // a bare stream of H.264 (.264) or H.265 (.265).
 #include "codecservice.h"
 #include "ivf.h"
+#include "numberoption.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -13,6 +14,8 @@
 #include <QVideoSurfaceFormat>
 
 #include <palaver/qpvencodecontrol.h>
+
+#include <cmath>
 
 namespace {
 
@@ -158,11 +161,16 @@ int main(int argc, char **argv)
     for (const QString &name : names)
         images.append(folder.filePath(name));
     if (options.isSet("frames"))
-        images = images.mid(0, options.value("frames").toInt());
-    const double rate = options.value("rate").toDouble();
-    if (images.isEmpty() || rate <= 0) {
-        qCritical(images.isEmpty() ? "there are no pictures in %s" : "not a rate for %s",
-                  qPrintable(folder.path()));
+        images = images.mid(0, numberOption(options, "frames"));
+    if (images.isEmpty()) {
+        qCritical("there are no pictures in %s", qPrintable(folder.path()));
+        return 2;
+    }
+    bool isNumber = false;
+    const double rate = options.value("rate").toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(rate) || rate <= 0) {
+        qCritical("--rate takes pictures per second, not \"%s\"",
+                  qPrintable(options.value("rate")));
         return 2;
     }
     ImageEncoder encoder(images, options.positionalArguments().at(1), rate);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Shows preview.qml, which is all that a camera needs. The rest is for runs that nobody watches.
+#include "numberoption.h"
+
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QImage>
@@ -14,6 +16,7 @@ int main(int argc, char **argv)
     options.addOption({ "frames", "End after N pictures.", "N" });
     options.addOption({ "snapshot", "Save what is shown at the end.", "FILE.png" });
     options.process(application);
+    int left = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
     QQmlApplicationEngine engine(QUrl(QStringLiteral("qrc:/preview.qml")));
     auto *const window = engine.rootObjects().isEmpty()
@@ -22,7 +25,6 @@ int main(int argc, char **argv)
     if (!window)
         return 1; // the engine has said why
 
-    int left = options.value("frames").toInt();
     bool isSaved = true;
     if (left > 0) {
         const auto onShown = [&] {

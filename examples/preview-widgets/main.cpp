@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Shows a camera in a window of Qt Widgets. Nothing in here is of Ocelle: with its plugins
 // installed, Qt's own classes find its cameras.
+#include "numberoption.h"
+
 #include <QApplication>
 #include <QCamera>
 #include <QCameraInfo>
@@ -109,10 +111,10 @@ int main(int argc, char **argv)
     options.addOption({ "frames", "End after N pictures.", "N" });
     options.addOption({ "snapshot", "Save what is shown at the end.", "FILE.png" });
     options.process(application);
+    const int frames = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
     Window window;
-    if (options.isSet("frames")) { // nobody is there to read what the window says
-        const int frames = options.value("frames").toInt();
+    if (frames > 0) { // nobody is there to read what the window says
         QObject::connect(&window, &Window::failed, [](const QString &error) {
             qCritical("%s", qPrintable(error));
             QCoreApplication::exit(1);

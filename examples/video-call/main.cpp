@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // A video call with oneself: camera, encoder, decoder and a second picture, in one process.
 #include "callwindow.h"
+#include "numberoption.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -16,9 +17,9 @@ int main(int argc, char **argv)
                         "N" });
     options.addOption({ "snapshot", "Save what comes out at the end.", "FILE.png" });
     options.process(application);
+    const int frames = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
     CallWindow window;
-    const int frames = options.value("frames").toInt();
     if (frames > 0) {
         QObject::connect(&window, &CallWindow::failed, [](const QString &error) {
             qCritical("%s", qPrintable(error));
