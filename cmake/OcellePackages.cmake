@@ -45,7 +45,8 @@ ocelle_copyright("${_made}/copyright-standin" "Comment:
  The source is under the BSD licence below. This package's libocelle is
  ${_codecs}.
  x264 and x265 are under the GNU General Public License, version 2 or later,
- and so is libavcodec where it was configured with such parts, as Debian's is.
+ and so are FFmpeg's libavformat, libavcodec, libavutil and libswscale, which it
+ links, where they were configured with such parts, as Debian's are.
  Combined with any of them the library may only be passed on under the terms
  of that licence: /usr/share/common-licenses/GPL-2 on Debian systems.
  .
