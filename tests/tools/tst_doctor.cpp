@@ -108,6 +108,7 @@ void DoctorTest::nodeWithoutPermission_isAProblem()
     QCOMPARE(problems.size(), 1);
     QVERIFY(problems.first().startsWith(QLatin1String("/dev/video0")));
     QVERIFY(problems.first().contains(QLatin1String("permission denied")));
+    QVERIFY(findings.first().advice.startsWith(QLatin1String("adduser USER video")));
     QVERIFY(isAdviceGiven(findings));
     QCOMPARE(problemsIn(judgeNodes(nodes, false)).size(), 2); // and that there is none left
 }

@@ -234,6 +234,7 @@ void PreviewToolTest::preview_namesWhatThereIs_whenAskedForSomethingElse()
     QCOMPARE(result.exitCode, 2);
     QCOMPARE(result.output, QByteArray());
     QVERIFY2(result.errors.contains(error), result.errors.constData());
+    QVERIFY2(result.errors.count('\n') == 1, result.errors.constData()); // and no note with it
 }
 
 void PreviewToolTest::preview_fails_whenTheSnapshotCannotBeSaved()
