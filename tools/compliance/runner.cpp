@@ -86,7 +86,7 @@ QString Runner::findWrongChoice() const
 Outcome Runner::discover()
 {
     const auto devices = std::make_shared<std::vector<Device>>(); // a stuck thread may keep it
-    const Outcome outcome =
+    Outcome outcome =
             bounded([devices](Session &session) { return findDevices(session, devices.get()); });
     if (!m_isStuck)
         m_devices = *devices;
