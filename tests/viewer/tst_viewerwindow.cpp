@@ -35,6 +35,7 @@ private slots:
     void key_takesPicture();
     void keys_recordAndPlay();
     void recording_isCompleted_whenWindowIsClosed();
+    void window_closes_whenItIsClosedTwice();
     void statistics_tellOfThePreview();
     void camera_thatIsPluggedIn_isOffered_andUnplugged_isToldOf();
     void camera_thatIsNotThere_isToldOf_andAnotherShown();
@@ -248,6 +249,20 @@ void TestViewerWindow::recording_isCompleted_whenWindowIsClosed()
     press(Qt::Key_Q, Qt::ControlModifier);
     QTRY_COMPARE(finished.count(), 1);
     QVERIFY(decodedPictures(finished.first().first().toString()) > 1);
+}
+
+/*! As somebody does whose encoder does not come to an end. */
+void TestViewerWindow::window_closes_whenItIsClosedTwice()
+{
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_R);
+    QTRY_VERIFY(view("recorder")->property("seconds").toDouble() > 0.5);
+    QVERIFY(!m_window->close());
+    QVERIFY(m_window->isVisible());
+    QVERIFY(view("recorder")->property("active").toBool()); // no event has told of its end yet
+    QVERIFY(m_window->close());
+    QVERIFY(!m_window->isVisible());
 }
 
 void TestViewerWindow::statistics_tellOfThePreview()

@@ -38,6 +38,10 @@ Recorder::~Recorder()
 {
     if (m_isTaking)
         stopTaking();
+    // As it goes it waits for the encoder and serves events, of which one may tell of its end.
+    const std::unique_ptr<Tool::Recording> recording = std::move(m_recording);
+    if (recording)
+        recording->disconnect(this);
 }
 
 qreal Recorder::seconds() const
@@ -146,6 +150,8 @@ void Recorder::stopTaking()
 
 void Recorder::onEnded()
 {
+    if (!m_recording)
+        return; // this is going
     QString error;
     const bool isEmpty = m_recording->written().units == 0;
     const bool isComplete = m_recording->close(&error);

@@ -36,9 +36,9 @@ ApplicationWindow {
     title: isPlayback ? playback.name : camera.cameraName !== "" ? camera.cameraName : "Camera"
     color: "#121212"
 
-    // A recording is completed first.
+    // A recording is completed first, unless an encoder takes longer for it than the user waits.
     onClosing: {
-        if (camera.recorder.active) {
+        if (camera.recorder.active && !isQuitting) {
             close.accepted = false
             isQuitting = true
             camera.recorder.stop()
