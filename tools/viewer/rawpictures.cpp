@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "rawpictures.h"
 
-#include <QCamera>
+#include "standinfunctions.h"
 
-#include <videooutputstatistics.h>
+#include <QCamera>
 
 namespace Viewer {
 
@@ -48,9 +48,8 @@ void RawPictures::end()
 
 qint64 RawPictures::dropped() const
 {
-    Veltra::Ocelle::VideoOutputStatistics counted; // none for a camera of another back end
-    Veltra::Ocelle::videoOutputStatistics(&m_surface, &counted);
-    return qint64(counted.dropped);
+    const auto counted = Tool::statisticsOf(&m_surface); // none for a camera of another back end
+    return counted ? qint64(counted->dropped) : 0;
 }
 
 void RawPictures::attach()

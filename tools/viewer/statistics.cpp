@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "statistics.h"
 
+#include "standinfunctions.h"
+
 #include <sys/resource.h>
-#include <videooutputstatistics.h>
 
 namespace Viewer {
 namespace {
@@ -53,8 +54,9 @@ void Statistics::onTick()
 
 void Statistics::readOutput(double seconds)
 {
-    Veltra::Ocelle::VideoOutputStatistics output; // zeros where nothing comes to the surface
-    Veltra::Ocelle::videoOutputStatistics(m_surface, &output);
+    // Zeros where nothing comes to the surface
+    const auto output =
+            Tool::statisticsOf(m_surface).value_or(Veltra::Ocelle::VideoOutputStatistics());
     // Counted anew whenever the surface is set on an output.
     const quint64 before = output.delivered < m_deliveredAtTick ? 0 : m_deliveredAtTick;
     m_delivered = double(output.delivered - before) / seconds;
