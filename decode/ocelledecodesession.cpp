@@ -2,6 +2,7 @@
 #include "ocelledecodesession.h"
 
 #include "ocelledecodecontrol.h"
+#include "ocelledecodelistener.h"
 #include "ocelledecodelog.h"
 #include "ocelledecodeworker.h"
 #include "ocelleprovider.h"
@@ -45,6 +46,7 @@ OcelleDecodeSession::OcelleDecodeSession(OcelleProvider *provider, QObject *pare
     : OcelleVideoSession(parent)
     , m_codecManager(provider->codecManager())
     , m_control(new OcelleDecodeControl(this), deleteOnItsThread)
+    , m_listener(OcelleDecodeListener::create(this))
     , m_workerThread(new OcelleWorkerThread(QStringLiteral("DecodeWorker"),
                                             [this](int status) {
                                                 if (!m_isDropped)
@@ -71,8 +73,7 @@ OcelleDecodeSession::~OcelleDecodeSession()
 }
 
 /*!
- * A decoder lives on until the worker goes, and may still tell of errors. A control that is inside
- * its error() goes when that returns.
+ * A control whose error() a platform's thread is in goes when that returns.
  */
 void OcelleDecodeSession::deleteControl()
 {
@@ -134,7 +135,7 @@ bool OcelleDecodeSession::startDecoder(const QVideoEncoderSettings &settings)
         setError(QPVDecoder::ResourceError, QStringLiteral("Couldn't acquire decoder"));
         return false;
     }
-    decoder->lockAndSetListener(this);
+    decoder->lockAndSetListener(m_listener);
     if (m_worker->start(std::move(decoder), m_settings))
         return true;
     setError(QPVDecoder::DecodeError, QStringLiteral("Init error"));
@@ -180,6 +181,8 @@ void OcelleDecodeSession::shutdown()
             Qt::DirectConnection);
     m_shutdownTimer->start();
     m_workerThread->waitServingEvents();
+    m_shutdownTimer->stop();
+    m_listener->close(); // decoders that the platform still holds
 }
 
 QPVDecoder::Status OcelleDecodeSession::status() const
@@ -189,13 +192,26 @@ QPVDecoder::Status OcelleDecodeSession::status() const
 
 void OcelleDecodeSession::setError(QPVDecoder::Error error, const QString &text)
 {
+    tellError(sharedControl(), error, text);
+}
+
+std::shared_ptr<OcelleDecodeControl> OcelleDecodeSession::sharedControl() const
+{
+    QMutexLocker locker(&m_controlMutex);
+    return m_control;
+}
+
+void OcelleDecodeSession::tellError(const std::shared_ptr<OcelleDecodeControl> &control,
+                                    const std::string &message)
+{
+    tellError(control, QPVDecoder::DecodeError, QString::fromStdString(message));
+}
+
+void OcelleDecodeSession::tellError(const std::shared_ptr<OcelleDecodeControl> &control,
+                                    QPVDecoder::Error error, const QString &text)
+{
     if (error != QPVDecoder::NoError)
         qCCritical(qLcDecode) << error << text;
-    std::shared_ptr<OcelleDecodeControl> control;
-    {
-        QMutexLocker locker(&m_controlMutex);
-        control = m_control;
-    }
     if (control)
         emit control->error(error, text);
 }
@@ -235,7 +251,7 @@ void OcelleDecodeSession::onDecoderParameterChanged(VideoDecoderParameter parame
 
 void OcelleDecodeSession::onDecoderError(const std::string &message)
 {
-    setError(QPVDecoder::DecodeError, QString::fromStdString(message));
+    tellError(sharedControl(), message);
 }
 
 void OcelleDecodeSession::onDecoderEOS()

@@ -17,6 +17,7 @@
 #include <string>
 
 class OcelleDecodeControl;
+class OcelleDecodeListener;
 class OcelleDecodeWorker;
 class OcelleProvider;
 class QPVEncodedVideoFrame;
@@ -60,6 +61,11 @@ public:
     // Any thread
     QPVDecoder::Status status() const;
     void setError(QPVDecoder::Error error, const QString &text);
+    /*! The control, kept while an error is told; null once the session goes. */
+    std::shared_ptr<OcelleDecodeControl> sharedControl() const;
+    /*! Tells of a decoder's error; needs no session. */
+    static void tellError(const std::shared_ptr<OcelleDecodeControl> &control,
+                          const std::string &message);
 
     // Library threads
     void onDecodedYCbCrFrame(const Veltra::Ocelle::YCbCrFrame *frame) override;
@@ -73,6 +79,8 @@ public slots:
     void onStatusChanged(QPVDecoder::Status status); // the worker waits meanwhile
 
 private:
+    static void tellError(const std::shared_ptr<OcelleDecodeControl> &control,
+                          QPVDecoder::Error error, const QString &text);
     void dropUnfinishedDecoder();
     void deleteControl();
 
@@ -80,6 +88,7 @@ private:
     mutable QMutex m_controlMutex; // guards the next one where other threads take it
     std::shared_ptr<OcelleDecodeControl> m_control; // changed on the application thread
     QVideoEncoderSettings m_settings;               // application thread; of the current stream
+    OcelleDecodeListener *const m_listener;         // what decoders call; stays behind
     OcelleWorkerThread *const m_workerThread;       // owned
     OcelleDecodeWorker *const m_worker;             // owned, lives in that thread
     std::unique_ptr<QTimer> m_shutdownTimer;        // application thread

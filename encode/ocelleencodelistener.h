@@ -1,36 +1,25 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
-#include <QMutex>
-#include <QWaitCondition>
+#include "ocellelistenergate.h"
 
 #include <ocelle/videoencoder.h>
 
-#include <atomic>
 #include <string>
 
 /*!
  * What the platform's encoders call, and what hands their calls on to the session for as long as
  * there is one.
  *
- * An encoder lives for as long as the platform holds it, and may call its listener from its own
- * destructor, when nobody can detach it any more. Nothing tells when the last call is over. So a
- * listener, some hundred bytes for each session, stays until the process ends.
- *
  * Threads: any.
  * Owner:   itself.
  */
-class OcelleEncodeListener final : public Veltra::Ocelle::VideoEncoderListener
+class OcelleEncodeListener final : public Veltra::Ocelle::VideoEncoderListener,
+                                   public OcelleListenerGate
 {
 public:
     /*! Hands on to \a target until it is closed. */
     static OcelleEncodeListener *create(Veltra::Ocelle::VideoEncoderListener *target);
-
-    OcelleEncodeListener(const OcelleEncodeListener &) = delete;
-    OcelleEncodeListener &operator=(const OcelleEncodeListener &) = delete;
-
-    /*! Waits for calls that other threads are in; those that come later end here. */
-    void close();
 
     void onEncodedFrame(unsigned char *data, unsigned long size, unsigned long timestamp,
                         Veltra::Ocelle::FrameType type) override;
@@ -40,13 +29,7 @@ public:
     void onEncoderEOS() override;
 
 private:
-    class Call;
-
     explicit OcelleEncodeListener(Veltra::Ocelle::VideoEncoderListener *target);
 
-    // Who comes in is counted first and looks at the target then; closing does it the other way round.
-    std::atomic<Veltra::Ocelle::VideoEncoderListener *> m_target; // null once closed
-    std::atomic<int> m_calls { 0 };                               // that are inside
-    QMutex m_mutex;                                               // for the wait for these alone
-    QWaitCondition m_ended;
+    Veltra::Ocelle::VideoEncoderListener *const m_target; // there while a call is let in
 };

@@ -41,12 +41,19 @@ void OcelleWorkerThread::waitServingEvents()
             m_thread.quit();
             continue;
         }
-        // While an event is handled further up the stack, the dispatcher takes those posted before
-        // that for seen, a status among them. Waking it has it look again.
-        if (QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance())
-            dispatcher->wakeUp();
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 1000);
+        serveEvents();
     }
+}
+
+void OcelleWorkerThread::serveEvents()
+{
+    if (!QCoreApplication::instance())
+        return;
+    // While an event is handled further up the stack, the dispatcher takes those posted before that for
+    // seen, a status among them. Waking it has it look again.
+    if (QAbstractEventDispatcher *const dispatcher = QAbstractEventDispatcher::instance())
+        dispatcher->wakeUp();
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 1000);
 }
 
 void OcelleWorkerThread::deliverStatus(int status)

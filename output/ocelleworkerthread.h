@@ -31,6 +31,8 @@ public:
     void quit();
     /*! Serves the application thread's events, the worker's statuses too, until the thread ends. */
     void waitServingEvents();
+    /*! Serves the application thread's events that are there. */
+    static void serveEvents();
 
     // Worker thread
     /*! Returns once the status has been handled on the application thread. */

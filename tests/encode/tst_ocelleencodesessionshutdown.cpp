@@ -10,7 +10,9 @@
 #include <QThread>
 #include <QtTest>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 using namespace Statuses;
 using Veltra::Ocelle::FrameType;
@@ -303,6 +305,29 @@ private slots:
         library.join();
         opener.join();
         f.script->onDestroy = nullptr;
+    }
+
+    void service_servesASlotThatACallOfAnEncoderWaitsFor()
+    {
+        EncodeServiceFixture f;
+        QVERIFY(f.activate());
+        const auto kept = f.platform.codecs.encoder();
+        f.control->stop();
+        QVERIFY(f.waitForStatus(Unloaded));
+        std::atomic<bool> isInside { false };
+        bool isServed = false;
+        connect(
+                f.control, &QPVEncodeControl::error, f.control, [&] { isInside = true; },
+                Qt::DirectConnection);
+        connect(
+                f.control, &QPVEncodeControl::error, this, [&] { isServed = true; },
+                Qt::BlockingQueuedConnection);
+        LibraryThread library("FakeEncoder", [&kept] { kept->fail("text"); });
+        while (!isInside)
+            std::this_thread::yield();
+        f.service.reset();
+        library.join();
+        QVERIFY(isServed);
     }
 
     void service_mayGoInACallOfAnEncoderThatIsGivenUp()
