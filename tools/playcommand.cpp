@@ -31,6 +31,8 @@ PlayCommand::PlayCommand(const PlayOptions &options, QObject *parent)
     connect(&m_surface, &PreviewSurface::pictureTaken, this,
             [this] { m_player.onPicture(m_surface.frame()); });
     connect(&m_surface, &PreviewSurface::firstPictureTaken, this, [this] {
+        if (m_options.window && !hasDisplay())
+            printNote(QStringLiteral("There is no display, so it plays without a window."));
         if (m_options.realTime && !m_options.frames)
             printNote(QStringLiteral("%1 plays; Ctrl-C ends this.").arg(m_options.file));
     });
@@ -53,8 +55,6 @@ int PlayCommand::run()
         printError(error);
         return isUsage ? Usage : Failure;
     }
-    if (m_options.window && !hasDisplay())
-        printNote(QStringLiteral("There is no display, so it plays without a window."));
     Interruption interruption;
     connect(&interruption, &Interruption::interrupted, this, [this] {
         m_isInterrupted = true;

@@ -26,6 +26,7 @@ private slots:
     void play_showsWhatIsToBeSeen_ofPublishedStreams();
     void play_showsWhatIsThere_ofACutFile();
     void play_goesOn_withoutAKeyFrameForLong();
+    void play_tellsOfNoDisplay_onlyWhereItPlays();
     void commands_refuseWhatCannotBe_data();
     void commands_refuseWhatCannotBe();
     void verify_findsNothing_inAGoodRecording_data();
@@ -170,6 +171,22 @@ void PlayToolTest::play_goesOn_withoutAKeyFrameForLong()
     QCOMPARE(numberIn(QImage(path("last.png"))), 59);
 }
 
+// A file that opens well, and then there is no key frame in it.
+void PlayToolTest::play_tellsOfNoDisplay_onlyWhereItPlays()
+{
+    QVERIFY(patternVideo(10, { "-g", "40", "-sc_threshold", "0" }).write(path("whole.h264")));
+    QCOMPARE(QProcess::execute("ffmpeg",
+                               { "-nostdin", "-loglevel", "error", "-i", path("whole.h264"), "-c",
+                                 "copy", "-bsf:v", "noise=drop='eq(n\\,0)',dump_extra=freq=all",
+                                 path("v.h264") }),
+             0);
+    const ToolResult result = ToolProcess::run({ "play", path("v.h264"), "--rate", "max" });
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("v.h264: no picture came out of it\n"),
+             result.errors.constData());
+    QVERIFY2(!result.errors.contains("There is no display"), result.errors.constData());
+}
+
 void PlayToolTest::commands_refuseWhatCannotBe_data()
 {
     QTest::addColumn<QStringList>("arguments"); // %1 is the folder
@@ -222,6 +239,7 @@ void PlayToolTest::commands_refuseWhatCannotBe()
     QCOMPARE(result.exitCode, 2);
     QCOMPARE(result.output, QByteArray());
     QVERIFY2(result.errors.contains(error), result.errors.constData());
+    QVERIFY2(result.errors.count('\n') == 1, result.errors.constData()); // and no note with it
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), before);
 }
 
