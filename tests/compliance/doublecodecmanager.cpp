@@ -67,7 +67,8 @@ std::vector<VideoCodecInfo> DoubleCodecManager::getVideoCodecs()
     for (const CodecType type : { CodecType::H264, CodecType::VP8 }) {
         const std::string name = type == CodecType::H264 ? "h264" : "vp8";
         codecs.push_back({ type, true, name + ".encoder", 0, instances, true });
-        codecs.push_back({ type, false, name + ".decoder", 0, instances, true });
+        if (!DoublePlatform::has(Fault::DecodersAreMissing))
+            codecs.push_back({ type, false, name + ".decoder", 0, instances, true });
         if (isLimitless) {
             codecs.push_back({ type, true, name + ".other.encoder", 0, instances, true });
             codecs.push_back({ type, false, name + ".other.decoder", 0, instances, true });

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 
 using namespace Veltra::Ocelle;
@@ -25,6 +26,20 @@ DoubleUnit unitFrom(const unsigned char *data, std::uint64_t size)
     return unit;
 }
 
+// As they were seen by the encoder, over the pattern's own.
+void paintBars(const TestPattern::Planes &planes, const DoubleUnit &unit)
+{
+    const int lines = unit.height * 4 / 15;
+    for (int y = 0; y < lines; ++y) {
+        for (int x = 0; x < unit.width; ++x) {
+            const DoubleUnit::Colour &colour = unit.bars[x * DoubleUnit::Bars / unit.width];
+            planes[0].data[y * planes[0].stride + x] = colour.y;
+            planes[1].data[y / 2 * planes[1].stride + x / 2] = colour.cb;
+            planes[2].data[y / 2 * planes[2].stride + x / 2] = colour.cr;
+        }
+    }
+}
+
 std::shared_ptr<GraphicBuffer> painted(const DoubleUnit &unit)
 {
     auto picture = std::make_shared<GraphicBuffer>(unit.width, unit.height);
@@ -36,6 +51,7 @@ std::shared_ptr<GraphicBuffer> painted(const DoubleUnit &unit)
     const TestPattern pattern(unit.width, unit.height, PixelFormat::YU12);
     pattern.paintBackground(planes);
     pattern.update(planes, unit.number, 0);
+    paintBars(planes, unit);
     return picture;
 }
 
@@ -116,15 +132,15 @@ bool DoubleDecoder::decodeUnit(const unsigned char *data, std::uint64_t size,
     if (!m_isInitialized || m_isBroken)
         return refuse("not configured");
     DoubleUnit unit = unitFrom(data, size);
-    if (unit.magic != DoubleUnit::Magic || unit.type != std::int32_t(m_type)) {
-        m_isBroken = DoublePlatform::has(Fault::DecoderBreaks);
-        if (DoublePlatform::has(Fault::DecoderShowsGarbage))
-            hand(std::make_shared<GraphicBuffer>(320, 240));
-        return DoublePlatform::has(Fault::DecoderIsSilent) || refuse("no frame");
-    }
+    if (unit.magic != DoubleUnit::Magic || unit.type != std::int32_t(m_type))
+        return takeGarbage();
     m_hasKey = m_hasKey || unit.isKey;
     if (!m_hasKey)
         return refuse("waiting for a key frame");
+    if (m_lost > 0) {
+        --m_lost;
+        return true;
+    }
     if (unit.number == 5 && DoublePlatform::has(Fault::DecoderRepeats))
         unit.number = 4;
     m_inside.push_back({ unit, timestamp });
@@ -133,6 +149,22 @@ bool DoubleDecoder::decodeUnit(const unsigned char *data, std::uint64_t size,
         m_inside.pop_front();
     }
     return true;
+}
+
+bool DoubleDecoder::takeGarbage()
+{
+    m_isBroken = DoublePlatform::has(Fault::DecoderBreaks);
+    if (DoublePlatform::has(Fault::DecoderShowsGarbage))
+        hand(std::make_shared<GraphicBuffer>(320, 240));
+    if (DoublePlatform::has(Fault::DecoderLosesGood))
+        m_lost = 3;
+    if (m_hasKey && DoublePlatform::has(Fault::DecoderStaysLost))
+        m_lost = std::numeric_limits<int>::max();
+    if (DoublePlatform::has(Fault::DecoderDropsInside))
+        m_inside.clear();
+    if (DoublePlatform::has(Fault::DecoderAwaitsKey))
+        m_hasKey = false;
+    return DoublePlatform::has(Fault::DecoderIsSilent) || refuse("no frame");
 }
 
 bool DoubleDecoder::refuse(const std::string &reason)

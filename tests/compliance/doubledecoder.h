@@ -38,6 +38,7 @@ private:
     };
 
     bool decodeUnit(const unsigned char *data, std::uint64_t size, std::uint64_t timestamp);
+    bool takeGarbage();
     bool refuse(const std::string &reason);
     void putOut(const Waiting &waiting);
     void hand(const std::shared_ptr<Veltra::Ocelle::GraphicBuffer> &picture);
@@ -48,6 +49,7 @@ private:
     bool m_isInitialized = false;
     bool m_isBroken = false;
     bool m_hasKey = false;
+    int m_lost = 0;               // frames that give no picture from now on
     std::deque<Waiting> m_inside; // oldest first
     std::thread m_late;           // after flush(), where that is the fault
 };

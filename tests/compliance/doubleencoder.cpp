@@ -2,7 +2,6 @@
 #include "doubleencoder.h"
 
 #include "doubleplatform.h"
-#include "doubleunit.h"
 
 #include <patternreader.h>
 
@@ -12,6 +11,52 @@
 #include <vector>
 
 using namespace Veltra::Ocelle;
+
+namespace {
+
+constexpr std::uint32_t Bx24 = 0x34325842;
+
+int middleOfBar(int bar, int width)
+{
+    return (2 * bar + 1) * width / (2 * DoubleUnit::Bars);
+}
+
+DoubleUnit unitOf(const YCbCrFrame &frame, std::uint32_t number)
+{
+    DoubleUnit unit {};
+    unit.width = frame.width;
+    unit.height = frame.height;
+    unit.number = number;
+    for (int bar = 0; bar < DoubleUnit::Bars; ++bar) {
+        const int x = middleOfBar(bar, frame.width); // on the first line
+        const int chroma = x / 2 * frame.chromaStep;
+        unit.bars[bar] = { frame.y[x], frame.cb[chroma], frame.cr[chroma] };
+    }
+    return unit;
+}
+
+DoubleUnit unitOf(const RGBFrame &frame, std::uint32_t number)
+{
+    DoubleUnit unit {};
+    unit.width = frame.width;
+    unit.height = frame.height;
+    unit.number = number;
+    for (int bar = 0; bar < DoubleUnit::Bars; ++bar) {
+        const unsigned char *const pixel = frame.data + middleOfBar(bar, frame.width) * 4;
+        double blue = pixel[0];
+        const double green = pixel[1];
+        double red = pixel[2];
+        if (DoublePlatform::has(Fault::RgbIsSwapped))
+            std::swap(red, blue);
+        const double y = 0.299 * red + 0.587 * green + 0.114 * blue;
+        unit.bars[bar] = { std::uint8_t(16 + y * 219 / 255),
+                           std::uint8_t(128 + (blue - y) / 1.772 * 224 / 255),
+                           std::uint8_t(128 + (red - y) / 1.402 * 224 / 255) };
+    }
+    return unit;
+}
+
+} // namespace
 
 std::atomic<int> DoubleEncoder::s_alive { 0 };
 
@@ -66,27 +111,26 @@ bool DoubleEncoder::encode(std::shared_ptr<YCbCrFrame> frame, bool keyFrame)
     const bool wantsKey = keyFrame && !DoublePlatform::has(Fault::EncoderSkipsKeys);
     const bool isKey = !m_hasKey || wantsKey || DoublePlatform::has(Fault::EncoderMakesKeysOnly);
     m_hasKey = true;
-    putOut(number, *frame, isKey);
+    putOut(unitOf(*frame, number), frame->timestamp, isKey);
     if (number == 3 && DoublePlatform::has(Fault::EncoderKeepsPicture))
         DoublePlatform::keep(std::move(frame));
     return true;
 }
 
-void DoubleEncoder::putOut(std::uint32_t number, const YCbCrFrame &frame, bool isKey)
+void DoubleEncoder::putOut(DoubleUnit unit, std::int64_t timestamp, bool isKey)
 {
     constexpr int bits = 8; // per byte
-    const bool isReallyKey =
-            isKey && (number == 0 || !DoublePlatform::has(Fault::EncoderMislabelsKeys));
-    const DoubleUnit unit {
-        DoubleUnit::Magic, std::int32_t(m_type), frame.width, frame.height, number,
-        m_rotation,        m_isMirrored,         isReallyKey
-    };
+    unit.magic = DoubleUnit::Magic;
+    unit.type = std::int32_t(m_type);
+    unit.rotation = m_rotation;
+    unit.mirrored = m_isMirrored;
+    unit.isKey = isKey && (unit.number == 0 || !DoublePlatform::has(Fault::EncoderMislabelsKeys));
     std::vector<unsigned char> data(
             std::max(sizeof unit, std::size_t(m_config.bitrate / m_config.frameRate / bits)));
     std::memcpy(data.data(), &unit, sizeof unit);
     constexpr std::int64_t coarse = 1000; // microseconds
     const bool isRounded = DoublePlatform::has(Fault::EncoderRoundsStamps);
-    const std::int64_t stamp = isRounded ? frame.timestamp / coarse * coarse : frame.timestamp;
+    const std::int64_t stamp = isRounded ? timestamp / coarse * coarse : timestamp;
     const std::lock_guard<std::mutex> lock(m_listenerMutex);
     if (m_listener)
         m_listener->onEncodedFrame(data.data(), data.size(), static_cast<unsigned long>(stamp),
@@ -125,7 +169,21 @@ bool DoubleEncoder::setParameter(VideoEncoderParameter parameter, const std::str
     return false;
 }
 
-bool DoubleEncoder::encodeRGB(std::shared_ptr<RGBFrame>, bool)
+bool DoubleEncoder::encodeRGB(std::shared_ptr<RGBFrame> frame, bool keyFrame)
 {
-    return false;
+    if (!m_isInitialized || frame->fourcc != Bx24 || DoublePlatform::has(Fault::RgbIsRefused))
+        return false;
+    const auto reading = readPatternRgb32(frame->data, frame->stride, frame->width, frame->height);
+    if (!reading)
+        return false;
+    if (reading->sequence >= 3 && DoublePlatform::has(Fault::RgbIsLost))
+        return true;
+    const bool wantsKey = keyFrame && !DoublePlatform::has(Fault::RgbSkipsKeys);
+    const bool isKey = !m_hasKey || wantsKey;
+    m_hasKey = true;
+    const bool hasTime = !DoublePlatform::has(Fault::RgbHasNoTime);
+    putOut(unitOf(*frame, reading->sequence), hasTime ? frame->timestamp : 0, isKey);
+    if (DoublePlatform::has(Fault::RgbIsKept))
+        DoublePlatform::keep(std::move(frame));
+    return true;
 }

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
+#include "doubleunit.h"
+
 #include <ocelle/videoencoder.h>
 
 #include <atomic>
 
 /*!
- * An encoder of the double: what it keeps of a test picture is its number.
+ * An encoder of the double: what it keeps of a test picture is its number and its bars' colours.
  *
  * Threads: operations one at a time; the listener is called within encode().
  */
@@ -27,7 +29,7 @@ public:
 
 private:
     bool mayEncode(const Veltra::Ocelle::YCbCrFrame &frame);
-    void putOut(std::uint32_t number, const Veltra::Ocelle::YCbCrFrame &frame, bool isKey);
+    void putOut(DoubleUnit unit, std::int64_t timestamp, bool isKey);
 
     static std::atomic<int> s_alive;
     const Veltra::Ocelle::CodecType m_type;

@@ -6,6 +6,15 @@
 /*! What the double's encoders make of a test picture, followed by what fills up the bit rate. */
 struct DoubleUnit
 {
+    static constexpr int Bars = 8; // of colour, side by side in the test picture's upper part
+
+    struct Colour
+    {
+        std::uint8_t y;
+        std::uint8_t cb;
+        std::uint8_t cr;
+    };
+
     static constexpr std::uint32_t Magic = 0x4C425544;
 
     std::uint32_t magic;
@@ -16,4 +25,5 @@ struct DoubleUnit
     std::int32_t rotation;  // degrees clockwise
     std::uint32_t mirrored; // top to bottom, before it is turned
     std::uint32_t isKey;
+    Colour bars[Bars];
 };

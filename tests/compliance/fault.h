@@ -48,6 +48,12 @@ enum class Fault {
     EncoderTakesAnything, // before it is configured
     EncoderBreaks,        // for good, after a picture without a size
     EncoderThrows,        // when its listener is taken away
+    RgbIsRefused,         // every picture
+    RgbIsSwapped,         // red and blue
+    RgbIsLost,            // from number 3 on, though taken
+    RgbIsKept,            // for ever
+    RgbHasNoTime,         // 0 as a time stamp
+    RgbSkipsKeys,         // those that are requested
     // Decoders
     DecoderIsDenied,
     DecoderRepeats,       // the picture before instead of number 5
@@ -64,4 +70,9 @@ enum class Fault {
     DecoderShowsGarbage,  // as a picture
     DecoderBreaks,        // for good, after bytes that are no frame
     DecoderThrows,        // when it is stopped
+    DecoderLosesGood,     // three frames after bytes that are no frame, key frames among them
+    DecoderStaysLost,     // after bytes that are no frame in the middle of a stream
+    DecoderDropsInside,   // what is inside, when bytes come that are no frame
+    DecoderAwaitsKey,   // no fault: refuses frames after bytes that are no frame until a key frame
+    DecodersAreMissing, // no fault: encoders alone
 };

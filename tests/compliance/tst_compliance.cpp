@@ -98,15 +98,23 @@ const QList<FaultRow> &faultRows()
         { "encoder breaks", Fault::EncoderBreaks, { "encoder.badinput" } },
         { "encoder throws",
           Fault::EncoderThrows, // whatever makes one, also for a stream to decode
-          { "encoder.supported", "encoder.roundtrip", "encoder.keyframe", "encoder.bitrate",
-            "encoder.parameters", "encoder.silence", "encoder.release", "encoder.instances",
-            "encoder.timestamps", "encoder.badinput", "decoder.drain", "decoder.flush",
-            "decoder.silence", "decoder.release", "decoder.timestamps", "decoder.badinput" } },
+          { "encoder.supported", "encoder.roundtrip", "encoder.rgb", "encoder.keyframe",
+            "encoder.bitrate", "encoder.parameters", "encoder.silence", "encoder.release",
+            "encoder.instances", "encoder.timestamps", "encoder.badinput", "decoder.drain",
+            "decoder.flush", "decoder.silence", "decoder.release", "decoder.timestamps",
+            "decoder.badinput" } },
+        { "RGB is refused", Fault::RgbIsRefused, { "encoder.rgb" } },
+        { "RGB is swapped", Fault::RgbIsSwapped, { "encoder.rgb" } },
+        { "RGB is lost", Fault::RgbIsLost, { "encoder.rgb" } },
+        { "RGB is kept", Fault::RgbIsKept, { "encoder.rgb" } },
+        { "RGB has no time", Fault::RgbHasNoTime, { "encoder.rgb" } },
+        { "RGB skips keys", Fault::RgbSkipsKeys, { "encoder.rgb" } },
         { "decoder is denied", Fault::DecoderIsDenied, { "decoder.supported" } },
-        { "decoder repeats", Fault::DecoderRepeats, { "encoder.roundtrip" } }, // of both ends
+        { "decoder repeats", Fault::DecoderRepeats, { "encoder.roundtrip", "encoder.rgb" } },
         { "decoder loses in drain",
           Fault::DecoderDrainLoses,
-          { "encoder.roundtrip", "decoder.drain", "decoder.timestamps" } },
+          { "encoder.roundtrip", "encoder.rgb", "decoder.drain", "decoder.timestamps",
+            "decoder.badinput" } },
         { "decoder puts out in flush", Fault::DecoderFlushPutsOut, { "decoder.flush" } },
         { "decoder keeps listener", Fault::DecoderKeepsListener, { "decoder.silence" } },
         { "decoder releases twice", Fault::DecoderReleasesTwice, { "decoder.release" } },
@@ -118,11 +126,14 @@ const QList<FaultRow> &faultRows()
         { "decoder is silent", Fault::DecoderIsSilent, { "decoder.badinput" } },
         { "decoder shows garbage", Fault::DecoderShowsGarbage, { "decoder.badinput" } },
         { "decoder breaks", Fault::DecoderBreaks, { "decoder.badinput" } },
+        { "decoder loses good frames", Fault::DecoderLosesGood, { "decoder.badinput" } },
+        { "decoder stays lost", Fault::DecoderStaysLost, { "decoder.badinput" } },
+        { "decoder drops what is inside", Fault::DecoderDropsInside, { "decoder.badinput" } },
         { "decoder throws",
           Fault::DecoderThrows, // whatever starts one
-          { "encoder.roundtrip", "encoder.keyframe", "encoder.parameters", "decoder.supported",
-            "decoder.drain", "decoder.flush", "decoder.silence", "decoder.release",
-            "decoder.instances", "decoder.timestamps", "decoder.badinput" } },
+          { "encoder.roundtrip", "encoder.rgb", "encoder.keyframe", "encoder.parameters",
+            "decoder.supported", "decoder.drain", "decoder.flush", "decoder.silence",
+            "decoder.release", "decoder.instances", "decoder.timestamps", "decoder.badinput" } },
     };
     return rows;
 }
@@ -146,6 +157,8 @@ private slots:
     void hangingCall_isNamedAndSkipsTheRest_data();
     void hangingCall_isNamedAndSkipsTheRest();
     void limitlessInstances_areTriedUpToABound();
+    void decoder_mayWaitForAKeyFrame_afterBadInput();
+    void rgbPictures_areChecked_withoutADecoder();
     void onlyAndDevice_chooseChecks();
     void reports_tellEveryResult();
 };
@@ -236,6 +249,32 @@ void ComplianceTest::limitlessInstances_areTriedUpToABound()
     for (auto result = results.begin() + 1; result != results.end(); ++result) {
         QVERIFY2(result->outcome.kind == Outcome::Kind::Pass, qPrintable(toText(*result)));
         QCOMPARE(result->outcome.reason, QStringLiteral("at once: 64 of 2147483647 tried"));
+    }
+}
+
+void ComplianceTest::decoder_mayWaitForAKeyFrame_afterBadInput()
+{
+    DoublePlatform platform(Fault::DecoderAwaitsKey);
+    Options options = quickOptions();
+    options.only = QStringLiteral("decoder.*");
+    Runner runner(options);
+    const std::vector<Result> results = runner.run([](const Result &) {});
+    QVERIFY(checksOf(results, Outcome::Kind::Pass).contains(QStringLiteral("decoder.badinput")));
+    QCOMPARE(reasonsOf(results), QStringList());
+}
+
+void ComplianceTest::rgbPictures_areChecked_withoutADecoder()
+{
+    DoublePlatform platform(Fault::DecodersAreMissing);
+    Options options = quickOptions();
+    options.only = QStringLiteral("encoder.rgb");
+    Runner runner(options);
+    const std::vector<Result> results = runner.run([](const Result &) {});
+    QCOMPARE(results.size(), std::size_t(3)); // with discovery
+    for (auto result = results.begin() + 1; result != results.end(); ++result) {
+        QVERIFY2(result->outcome.kind == Outcome::Kind::Pass, qPrintable(toText(*result)));
+        QCOMPARE(result->outcome.reason,
+                 QStringLiteral("pictures: 12, whose colours no decoder shows"));
     }
 }
 

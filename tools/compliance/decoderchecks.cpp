@@ -14,7 +14,6 @@ namespace {
 
 using namespace Veltra::Ocelle;
 
-constexpr int MostInside = EncoderRun::MostInside;
 constexpr int Pictures = 15;
 
 Outcome noDecoder(const DecoderRun &run)
@@ -218,36 +217,78 @@ QString configurationProblem(Session &session, const Device &device, const Unit 
                    : QString();
 }
 
+// What is wrong with what comes of good frames, of which only those from \a bad until \a key may be
+// missing.
+QString lossProblem(const std::vector<Unit> &units, std::size_t bad, std::size_t key,
+                    const std::vector<SeenPicture> &seen)
+{
+    std::multiset<std::uint64_t> due;
+    std::multiset<std::uint64_t> other;
+    for (std::size_t i = 0; i < units.size(); ++i) {
+        const bool isDue = i < bad || (i >= key && units[i].timestamp >= units[key].timestamp);
+        (isDue ? due : other).insert(units[i].timestamp);
+    }
+    const std::size_t count = due.size();
+    for (const SeenPicture &picture : seen) {
+        const auto stamp = std::uint64_t(picture.timestamp);
+        const auto found = due.find(stamp);
+        if (found != due.end())
+            due.erase(found);
+        else if (const auto late = other.find(stamp); late != other.end())
+            other.erase(late);
+        else
+            return QStringLiteral("bytes that are no frame give a picture");
+    }
+    return due.empty() ? QString()
+                       : QStringLiteral("after bad input %1 of %2 good pictures do not come")
+                                 .arg(due.size())
+                                 .arg(count);
+}
+
+// What bytes that are no frame do before frame \a bad. Decoding may have to wait for the next key
+// frame after them. All other pictures come: those before were taken, and drain() puts them out; the
+// key frame needs nothing that was there before, nor do those that follow it in time.
+QString harmProblem(Session &session, CodecType type, const std::vector<Unit> &units,
+                    std::size_t bad)
+{
+    const auto from = units.begin() + std::ptrdiff_t(bad);
+    const auto key = std::find_if(from, units.end(),
+                                  [](const Unit &unit) { return unit.type == FrameType::Key; });
+    DecoderRun run(&session, type);
+    if (!run.start())
+        return QStringLiteral("it cannot be created and configured") + run.trouble();
+    if (!run.decodeAll(std::vector<Unit>(units.begin(), from)))
+        return QStringLiteral("it does not take a good stream") + run.trouble();
+    const int errors = run.probe().errors();
+    constexpr std::uint64_t earlier = 1000; // microseconds; no other frame's time
+    const bool isTaken = run.decode(garbage(bad > 0 ? from->timestamp - earlier : 0));
+    if (isTaken &&
+        !session.waitUntil([&] { return run.probe().errors() > errors; }, session.patience().wait))
+        return QStringLiteral("bytes that are no frame are neither refused nor told of");
+    for (auto unit = from; unit != key; ++unit)
+        run.decode(*unit);
+    if (!run.decodeAll(std::vector<Unit>(key, units.end())))
+        return QStringLiteral("after bad input it takes no good stream") + run.trouble();
+    run.drain();
+    const std::vector<SeenPicture> seen = run.probe().seen();
+    run.stop();
+    return lossProblem(units, bad, std::size_t(key - units.begin()), seen);
+}
+
 Outcome badInput(Session &session, const Device &device)
 {
+    constexpr int bad = 4;
+    constexpr int key = 8; // among those that leave any encoder
     QString why;
-    const std::vector<Unit> units = makeStream(&session, device.type, Pictures, &why);
+    const std::vector<Unit> units = makeStream(&session, device.type, Pictures, &why, { 0, key });
     if (units.empty())
         return Outcome::skip(why);
-    const QString problem = configurationProblem(session, device, units.front());
-    if (!problem.isEmpty())
-        return Outcome::fail(problem);
-    DecoderRun run(&session, device.type);
-    if (!run.start())
-        return noDecoder(run);
-    const bool isTaken = run.decode(garbage(0));
-    if (isTaken &&
-        !session.waitUntil([&] { return run.probe().errors() > 0; }, session.patience().wait))
-        return Outcome::fail(
-                QStringLiteral("bytes that are no frame are neither refused nor told of"));
-    if (run.probe().pictures() > 0)
-        return Outcome::fail(QStringLiteral("bytes that are no frame give a picture"));
-    if (!run.decodeAll(units))
-        return Outcome::fail(QStringLiteral("after bad input it takes no good stream") +
-                             run.trouble());
-    run.drain();
-    const int count = run.probe().pictures();
-    run.stop();
-    if (count < int(units.size()) - MostInside)
-        return Outcome::fail(QStringLiteral("after bad input %1 of %2 good pictures come")
-                                     .arg(count)
-                                     .arg(units.size()));
-    return Outcome::pass();
+    QString problem = configurationProblem(session, device, units.front());
+    for (const std::size_t place : { 0, bad }) {
+        if (problem.isEmpty())
+            problem = harmProblem(session, device.type, units, place);
+    }
+    return problem.isEmpty() ? Outcome::pass() : Outcome::fail(problem);
 }
 
 } // namespace

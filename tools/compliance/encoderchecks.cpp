@@ -3,6 +3,7 @@
 #include "codecpromise.h"
 #include "decoderrun.h"
 #include "encoderrun.h"
+#include "rgbcheck.h"
 #include "session.h"
 
 #include <algorithm>
@@ -39,24 +40,6 @@ Outcome supported(Session &session, const Device &device)
     if (!run.initialize())
         return Outcome::fail(QStringLiteral("initialize() is false") + run.trouble());
     return Outcome::pass();
-}
-
-QString numberProblem(const std::vector<SeenPicture> &seen)
-{
-    const QSize size(PictureWidth, PictureHeight);
-    for (std::size_t i = 0; i < seen.size(); ++i) {
-        if (seen[i].size != size)
-            return QStringLiteral("a decoded picture is %1x%2")
-                    .arg(seen[i].size.width())
-                    .arg(seen[i].size.height());
-        if (!seen[i].reading)
-            return QStringLiteral("decoded picture %1 cannot be recognised").arg(i);
-        if (seen[i].reading->sequence != i)
-            return QStringLiteral("picture %1 comes where %2 is due")
-                    .arg(seen[i].reading->sequence)
-                    .arg(i);
-    }
-    return {};
 }
 
 Outcome roundTrip(Session &session, const Device &device)
@@ -385,6 +368,7 @@ std::vector<Check> encoderChecks()
           supported },
         { "encoder.roundtrip", "numbered pictures are decoded in order, none missing", kind,
           roundTrip },
+        { "encoder.rgb", "RGB pictures are encoded in their colours", kind, checkRgb },
         { "encoder.keyframe", "a key frame comes where it was requested", kind, keyFrames },
         { "encoder.bitrate", "a change of the bit rate is followed", kind, bitRate },
         { "encoder.parameters", "rotation, mirroring and bit rate modes do what they say", kind,

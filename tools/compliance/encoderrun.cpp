@@ -139,6 +139,21 @@ bool EncoderRun::encode(std::uint32_t number, std::int64_t timestamp, bool keyFr
     const bool isTaken = m_session->call(QStringLiteral("encode()"), [&] {
         return m_encoder->encode(std::move(picture), keyFrame);
     });
+    return waitFor(isTaken);
+}
+
+bool EncoderRun::encodeRgb(std::uint32_t number, std::int64_t timestamp, bool keyFrame)
+{
+    auto picture = makeRgbPicture(number, timestamp, m_pictures);
+    const bool isTaken = m_session->call(QStringLiteral("encodeRGB()"), [&] {
+        return m_encoder->encodeRGB(std::move(picture), keyFrame);
+    });
+    return waitFor(isTaken);
+}
+
+// Until no more than MostInside are inside.
+bool EncoderRun::waitFor(bool isTaken)
+{
     if (!isTaken)
         return false;
     ++m_taken;
@@ -181,7 +196,8 @@ std::int64_t stampOf(int number)
     return number * period;
 }
 
-std::vector<Unit> makeStream(Session *session, CodecType type, int count, QString *why)
+std::vector<Unit> makeStream(Session *session, CodecType type, int count, QString *why,
+                             const std::set<int> &keys)
 {
     EncoderRun run(session, type);
     if (!run.create() || !run.initialize()) {
@@ -189,7 +205,7 @@ std::vector<Unit> makeStream(Session *session, CodecType type, int count, QStrin
         return {};
     }
     for (int number = 0; number < count; ++number) {
-        if (!run.encode(std::uint32_t(number), stampOf(number), number == 0)) {
+        if (!run.encode(std::uint32_t(number), stampOf(number), keys.count(number) > 0)) {
             *why = QStringLiteral("the encoder makes no stream for it") + run.trouble();
             return {};
         }

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -85,7 +86,10 @@ public:
     bool encode(std::uint32_t number, std::int64_t timestamp, bool keyFrame = false,
                 bool noise = false);
     bool encode(std::shared_ptr<Veltra::Ocelle::YCbCrFrame> frame);
-    void detach(); // takes the listener away
+    /*! The same as the first, with a picture in RGB. */
+    bool encodeRgb(std::uint32_t number, std::int64_t timestamp, bool keyFrame);
+    int taken() const { return m_taken; } // pictures of the two that wait
+    void detach();                        // takes the listener away
     void drop();
 
     /*! What the back end would configure for test pictures. */
@@ -95,6 +99,8 @@ public:
     QString trouble() const; // " (what the encoder tells)"
 
 private:
+    bool waitFor(bool isTaken);
+
     Session *const m_session;
     const Veltra::Ocelle::CodecType m_type;
     EncoderProbe *const m_probe;
@@ -108,10 +114,11 @@ private:
 std::int64_t stampOf(int number);
 
 /*!
- * So many test pictures, numbered from 0, compressed by the platform itself, the first as a key
- * frame. Fewer where some stay inside; empty where it cannot be done, and \a why says so.
+ * So many test pictures, numbered from 0, compressed by the platform itself; \a keys are requested as
+ * key frames, the first among them. Fewer where some stay inside; empty where it cannot be done, and
+ * \a why says so.
  */
 std::vector<Unit> makeStream(Session *session, Veltra::Ocelle::CodecType type, int count,
-                             QString *why);
+                             QString *why, const std::set<int> &keys = { 0 });
 
 } // namespace Compliance

@@ -8,27 +8,28 @@
 namespace Compliance {
 namespace {
 
-using Veltra::Ocelle::readPattern;
-using Veltra::Ocelle::readPatternRgb32;
-
-QRect visiblePart(const QSize &size, const QRect &viewport)
+// What is to be seen of a mapped picture of one of the formats that the viewer takes.
+SeenPicture lookAtMapped(const QVideoFrame &frame, const QRect &viewport)
 {
-    const QRect whole(QPoint(), size);
-    const QRect part = viewport & whole;
-    return part.isEmpty() ? whole : part;
+    if (frame.pixelFormat() == QVideoFrame::Format_RGB32)
+        return lookAtRgb32(frame.bits(0), frame.bytesPerLine(0), frame.size(), viewport);
+    Planes planes;
+    planes.y = frame.bits(0);
+    planes.yStride = frame.bytesPerLine(0);
+    planes.cStride = frame.bytesPerLine(1);
+    const bool isPlanar = frame.planeCount() == 3;
+    if (isPlanar || frame.planeCount() == 2) {
+        planes.cb = frame.bits(1);
+        planes.cr = isPlanar ? frame.bits(2) : planes.cb + 1;
+        planes.chromaStep = isPlanar ? 1 : 2;
+    }
+    if (frame.pixelFormat() == QVideoFrame::Format_YV12 ||
+        frame.pixelFormat() == QVideoFrame::Format_NV21)
+        std::swap(planes.cb, planes.cr);
+    return lookAt(planes, frame.size(), viewport);
 }
 
 } // namespace
-
-SeenPicture lookAt(const Veltra::Ocelle::YCbCrFrame &frame, const QRect &viewport)
-{
-    const QRect part = visiblePart(QSize(frame.width, frame.height), viewport);
-    SeenPicture picture { part.size(), frame.timestamp, std::nullopt };
-    if (frame.y && frame.yStride >= frame.width)
-        picture.reading = readPattern(frame.y + part.top() * frame.yStride + part.left(),
-                                      frame.yStride, part.width(), part.height());
-    return picture;
-}
 
 PictureViewer::PictureViewer(std::function<void()> onSeen)
     : m_onSeen(std::move(onSeen))
@@ -81,18 +82,14 @@ PictureViewer::supportedPixelFormats(QAbstractVideoBuffer::HandleType type) cons
 
 bool PictureViewer::present(const QVideoFrame &frame)
 {
-    const QRect part = visiblePart(frame.size(), surfaceFormat().viewport());
-    SeenPicture picture { part.size(), frame.startTime(), std::nullopt };
+    const QRect viewport = surfaceFormat().viewport();
+    SeenPicture picture = lookAt(Planes(), frame.size(), viewport); // no more than its size
     QVideoFrame mapped(frame);
     if (mapped.map(QAbstractVideoBuffer::ReadOnly)) {
-        const bool isRgb = frame.pixelFormat() == QVideoFrame::Format_RGB32;
-        const int stride = mapped.bytesPerLine(0);
-        const uchar *const from =
-                mapped.bits(0) + qint64(part.top()) * stride + part.left() * (isRgb ? 4 : 1);
-        const auto read = isRgb ? readPatternRgb32 : readPattern;
-        picture.reading = read(from, stride, part.width(), part.height());
+        picture = lookAtMapped(mapped, viewport);
         mapped.unmap();
     }
+    picture.timestamp = frame.startTime();
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_seen.push_back(picture);

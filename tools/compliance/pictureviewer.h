@@ -1,32 +1,19 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
+#include "seenpicture.h"
+
 #include <QAbstractVideoSurface>
 #include <QRect>
-#include <QSize>
 
-#include <ocelle/frames.h>
 #include <ocelle/videooutputqt5.h>
-#include <patternreader.h>
 
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <vector>
 
 namespace Compliance {
-
-/*! What was to be seen of one picture. */
-struct SeenPicture
-{
-    QSize size; // pixels, of the visible part
-    qint64 timestamp = 0;
-    std::optional<Veltra::Ocelle::PatternReading> reading; // of the test pattern, if it is one
-};
-
-/*! What is to be seen in \a viewport of a picture in memory; all of it where that is empty. */
-SeenPicture lookAt(const Veltra::Ocelle::YCbCrFrame &frame, const QRect &viewport);
 
 /*!
  * Looks into the platform's picture buffers, which only its own renderer can do.

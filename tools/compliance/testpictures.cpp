@@ -3,6 +3,8 @@
 
 #include <testpattern.h>
 
+#include <algorithm>
+#include <cstring>
 #include <random>
 #include <utility>
 #include <vector>
@@ -15,11 +17,12 @@ using namespace Veltra::Ocelle;
 constexpr std::size_t LumaSize = std::size_t(PictureWidth) * PictureHeight;
 constexpr int NoiseLines = PictureHeight / 2; // above the cells that carry the number
 
-struct CountedPicture : YCbCrFrame
+template <class Frame>
+struct CountedPicture : Frame
 {
-    explicit CountedPicture(std::shared_ptr<PictureCount> counted)
-        : YCbCrFrame()
-        , memory(LumaSize * 3 / 2)
+    CountedPicture(std::size_t size, std::shared_ptr<PictureCount> counted)
+        : Frame()
+        , memory(size)
         , count(std::move(counted))
     {
         ++count->made;
@@ -37,13 +40,22 @@ void addNoise(std::vector<std::uint8_t> *memory, std::uint32_t seed)
         (*memory)[i] = std::uint8_t(64 + random() % 128);
 }
 
+// A pixel of Qt's RGB32, a word of this machine's byte order.
+std::uint32_t rgb32(int y, int cb, int cr)
+{
+    const int luma = 298 * (y - 16) + 128;
+    const auto byte = [](int value) { return std::uint32_t(std::clamp(value / 256, 0, 255)); };
+    return 0xff000000 | byte(luma + 409 * (cr - 128)) << 16 |
+           byte(luma - 100 * (cb - 128) - 208 * (cr - 128)) << 8 | byte(luma + 516 * (cb - 128));
+}
+
 } // namespace
 
 std::shared_ptr<YCbCrFrame> makePicture(std::uint32_t number, std::int64_t timestamp,
                                         std::shared_ptr<PictureCount> count, bool noise)
 {
     static const TestPattern pattern(PictureWidth, PictureHeight, PixelFormat::YU12);
-    auto picture = std::make_shared<CountedPicture>(std::move(count));
+    auto picture = std::make_shared<CountedPicture<YCbCrFrame>>(LumaSize * 3 / 2, std::move(count));
     std::uint8_t *const y = picture->memory.data();
     std::uint8_t *const cb = y + LumaSize;
     std::uint8_t *const cr = cb + LumaSize / 4;
@@ -62,6 +74,28 @@ std::shared_ptr<YCbCrFrame> makePicture(std::uint32_t number, std::int64_t times
     picture->chromaStep = 1;
     picture->width = PictureWidth;
     picture->height = PictureHeight;
+    picture->timestamp = timestamp;
+    return picture;
+}
+
+std::shared_ptr<RGBFrame> makeRgbPicture(std::uint32_t number, std::int64_t timestamp,
+                                         std::shared_ptr<PictureCount> count)
+{
+    constexpr std::uint32_t bx24 = 0x34325842; // of all such pictures, whatever the byte order
+    constexpr std::size_t pixelSize = sizeof(std::uint32_t);
+    const auto painted = makePicture(number, timestamp, std::make_shared<PictureCount>());
+    auto picture =
+            std::make_shared<CountedPicture<RGBFrame>>(LumaSize * pixelSize, std::move(count));
+    for (std::size_t i = 0; i < LumaSize; ++i) {
+        const std::size_t chroma = i / PictureWidth / 2 * painted->cStride + i % PictureWidth / 2;
+        const std::uint32_t pixel = rgb32(painted->y[i], painted->cb[chroma], painted->cr[chroma]);
+        std::memcpy(&picture->memory[i * pixelSize], &pixel, pixelSize);
+    }
+    picture->fourcc = bx24;
+    picture->width = PictureWidth;
+    picture->height = PictureHeight;
+    picture->stride = std::uint16_t(PictureWidth * pixelSize);
+    picture->data = picture->memory.data();
     picture->timestamp = timestamp;
     return picture;
 }

@@ -29,4 +29,8 @@ std::shared_ptr<Veltra::Ocelle::YCbCrFrame> makePicture(std::uint32_t number,
                                                         std::shared_ptr<PictureCount> count,
                                                         bool noise = false);
 
+/*! The same in RGB, as the back end hands over pictures of QVideoFrame::Format_RGB32. */
+std::shared_ptr<Veltra::Ocelle::RGBFrame>
+makeRgbPicture(std::uint32_t number, std::int64_t timestamp, std::shared_ptr<PictureCount> count);
+
 } // namespace Compliance
