@@ -14,7 +14,8 @@ class QRect;
  * Presents the platform's pictures on an application's video surface.
  *
  * Threads: built, destroyed and given its surface on the application thread; everything else on
- *          any thread, under the mutex of the session that delivers.
+ *          any thread, under the mutex of the session that delivers, but for a stop() at the end of a
+ *          decoder's stream.
  * Owner:   the control that made it. The surface is borrowed.
  */
 class OcelleVideoOutput : public QObject

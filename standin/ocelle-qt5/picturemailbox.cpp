@@ -76,16 +76,15 @@ void PictureMailbox::setViewport(const QRect &viewport)
 
 void PictureMailbox::stop()
 {
-    PictureQueue dropped;
+    std::shared_ptr<GraphicBuffer> dropped;
     std::unique_lock<std::mutex> lock(m_mutex);
     if (!m_presenter)
         return;
-    std::swap(dropped, m_queue);
-    m_statistics.dropped += quint64(dropped.size());
+    if (m_queue.end(dropped))
+        ++m_statistics.dropped;
     m_sequenceKnown = false;
     m_reported = 0;
-    m_stopRequested = true;
-    ++m_epoch;
+    ++m_liveEpoch;
     wake(lock);
 }
 
@@ -138,14 +137,17 @@ PictureMailbox::Task PictureMailbox::take(SurfacePresenter *presenter)
         return task;
     task.current = true;
     m_overdue = false;
-    task.epoch = m_epoch.load(std::memory_order_relaxed);
-    task.stopSurface = std::exchange(m_stopRequested, false);
     if (!m_reports.isEmpty())
         task.reports.swap(m_reports);
-    if (!m_queue.isEmpty()) {
+    if (m_queue.isEmpty()) {
+        task.stopSurface = m_queue.hasEnd();
+        m_queue.takeEnd();
+    } else {
         task.present = true;
         task.picture = m_queue.takeFirst();
-        task.more = !m_queue.isEmpty();
+        task.stopSurface = task.picture.isBehindEnd;
+        task.epoch = epochOf(task).load(std::memory_order_relaxed);
+        task.more = !m_queue.isEmpty() || m_queue.hasEnd();
     }
     m_wakeUpPending = task.more; // it comes back by itself
     return task;
@@ -170,7 +172,12 @@ bool PictureMailbox::claimReport(Trouble trouble)
 
 bool PictureMailbox::isStale(const Task &task) const
 {
-    return m_epoch.load(std::memory_order_acquire) != task.epoch;
+    return epochOf(task).load(std::memory_order_acquire) != task.epoch;
+}
+
+const std::atomic<quint64> &PictureMailbox::epochOf(const Task &task) const
+{
+    return task.picture.buffer->live ? m_liveEpoch : m_epoch;
 }
 
 bool PictureMailbox::forget(SurfacePresenter *presenter)
@@ -243,11 +250,11 @@ void PictureMailbox::reset()
     m_waker.reset();
     m_wakeUpPending = false;
     m_overdue = false;
-    m_stopRequested = false;
     m_sequenceKnown = false;
     m_reported = 0;
     m_reports.clear();
     ++m_epoch;
+    ++m_liveEpoch;
 }
 
 } // namespace Ocelle

@@ -43,7 +43,7 @@ public:
         bool stopSurface = false;
         bool present = false; // picture is valid
         bool more = false;    // wakeAgain() after this one
-        quint64 epoch = 0;    // for isStale()
+        quint64 epoch = 0;    // for isStale(), of its kind of picture
         QStringList reports;
         Picture picture;
     };
@@ -55,6 +55,7 @@ public:
     void reject(Trouble trouble, const QString &text);     // a picture that cannot be shown
     void setMirrored(bool mirrored);
     void setViewport(const QRect &viewport);
+    /*! Drops a live picture that waits; others are shown before the surface is stopped. */
     void stop();
     VideoOutputStatistics statistics() const;
 
@@ -76,6 +77,7 @@ public:
     bool forget(SurfacePresenter *presenter); // it is being destroyed; true if it was current
 
 private:
+    const std::atomic<quint64> &epochOf(const Task &task) const;
     void enqueue(std::shared_ptr<GraphicBuffer> &buffer, std::unique_lock<std::mutex> &lock);
     void countSequence(quint64 sequence);
     void wake(std::unique_lock<std::mutex> &lock);
@@ -89,7 +91,6 @@ private:
     bool m_overdue = false;                  // and by itself, because it took nothing for long
     quint64 m_exchanged = 0; // live pictures delivered in place of one that was dropped
     quint64 m_overdueAt = 0; // of these, since it was woken
-    bool m_stopRequested = false;
     PictureQueue m_queue;
     QRect m_viewport;
     bool m_mirrored = false;
@@ -99,7 +100,9 @@ private:
     QStringList m_reports;   // still to be logged by the presenter
     VideoOutputStatistics m_statistics;
 
-    std::atomic<quint64> m_epoch { 0 }; // pictures taken in an earlier one are stale
+    // Pictures taken in an earlier one are stale. One of live pictures ends when it is stopped.
+    std::atomic<quint64> m_epoch { 0 };
+    std::atomic<quint64> m_liveEpoch { 0 };
 };
 
 } // namespace Ocelle

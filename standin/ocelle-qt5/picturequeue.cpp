@@ -15,10 +15,20 @@ bool PictureQueue::push(Picture &&picture, std::shared_ptr<GraphicBuffer> &dropp
         if (victim < 0 && m_count == Capacity)
             victim = 0;
         if (victim >= 0)
-            dropped = takeAt(victim).buffer;
+            dropped = drop(victim);
     }
+    picture.isBehindEnd = std::exchange(m_hasEnd, false);
     at(m_count++) = std::move(picture);
     return victim >= 0;
+}
+
+bool PictureQueue::end(std::shared_ptr<GraphicBuffer> &dropped)
+{
+    const int live = waitingLive();
+    if (live >= 0)
+        dropped = drop(live);
+    m_hasEnd = true;
+    return live >= 0;
 }
 
 Picture PictureQueue::takeFirst()
@@ -37,6 +47,15 @@ int PictureQueue::waitingLive()
             return i;
     }
     return -1;
+}
+
+/*! Takes a picture out that nobody gets to see. */
+std::shared_ptr<GraphicBuffer> PictureQueue::drop(int index)
+{
+    Picture taken = takeAt(index);
+    if (taken.isBehindEnd)
+        (index < m_count ? at(index).isBehindEnd : m_hasEnd) = true;
+    return std::move(taken.buffer);
 }
 
 Picture PictureQueue::takeAt(int index)

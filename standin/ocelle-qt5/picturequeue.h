@@ -17,12 +17,14 @@ struct Picture
     std::shared_ptr<GraphicBuffer> buffer;
     QRect viewport; // pixels; null for the whole picture
     bool mirrored = false;
+    bool isBehindEnd = false; // the surface is stopped before it
 };
 
 /*!
- * Pictures that wait for their surface, oldest first, in memory of fixed size.
+ * Pictures that wait for their surface, oldest first, in memory of fixed size, and where they end.
  *
- * Of live pictures only the newest waits. Beyond Capacity the oldest picture goes.
+ * Of live pictures only the newest waits. Beyond Capacity the oldest picture goes. An end stays in
+ * its place whichever pictures go.
  *
  * Threads: none of its own; the user locks.
  */
@@ -58,14 +60,21 @@ public:
     /*! Moves the oldest picture out; the queue must not be empty. */
     Picture takeFirst();
 
+    /*! Ends what waits. A live picture does not wait for that: it moves to \a dropped; true then. */
+    bool end(std::shared_ptr<GraphicBuffer> &dropped);
+    bool hasEnd() const { return m_hasEnd; } // behind all pictures
+    void takeEnd() { m_hasEnd = false; }
+
 private:
     Picture &at(int index) { return m_slots[std::size_t((m_first + index) % Capacity)]; }
     int waitingLive();
+    std::shared_ptr<GraphicBuffer> drop(int index);
     Picture takeAt(int index);
 
     std::array<Picture, Capacity> m_slots;
     int m_first = 0; // slot of the oldest picture
     int m_count = 0;
+    bool m_hasEnd = false;
 };
 
 } // namespace Ocelle

@@ -28,6 +28,8 @@ private slots:
     void anotherCodec_takesOver();
     void replacedSurface_getsWhatComesAfter_data() { addCodecs(); }
     void replacedSurface_getsWhatComesAfter();
+    void endsInAStream_loseNoPicture_data();
+    void endsInAStream_loseNoPicture();
     void decodersOfAllCodecs_workSideBySide();
 
 private:
@@ -231,6 +233,41 @@ void TestDecoder::replacedSurface_getsWhatComesAfter()
     QVERIFY(client.drain());
     QCOMPARE(second.presented, 5);
     QCOMPARE(client.errors, QStringList());
+}
+
+void TestDecoder::endsInAStream_loseNoPicture_data()
+{
+    QTest::addColumn<QString>("codec");
+    QTest::addColumn<QByteArray>("end"); // unit that says that the stream ends
+    QTest::newRow("h264") << "video/h264" << QByteArray("\0\0\0\1\x0b", 5);
+    QTest::newRow("h265") << "video/h265" << QByteArray("\0\0\0\1\x4a\x01", 6);
+}
+
+void TestDecoder::endsInAStream_loseNoPicture()
+{
+    QFETCH(QString, codec);
+    QFETCH(QByteArray, end);
+    constexpr int Streams = 20;
+    constexpr int Length = 10; // pictures
+    DecodingClient client;
+    QList<int> numbers;
+    client.surface.onPicture = [&](const RawPicture &picture) {
+        numbers.append(numberIn(picture));
+    };
+    QVERIFY(client.start(codec, Size));
+    for (int i = 0; i < Streams * Length; ++i) {
+        const int number = i % Length;
+        const QByteArray unit =
+                stream(codec).at(number) + (number + 1 == Length ? end : QByteArray());
+        QVERIFY(client.decode(unit, i, number == 0));
+    }
+    QVERIFY(client.drain());
+    QCOMPARE(client.errors, QStringList());
+    QCOMPARE(numbers.size(), Streams * Length);
+    for (int i = 0; i < numbers.size(); ++i) {
+        QCOMPARE(numbers.at(i), i % Length);
+        QCOMPARE(client.surface.times.at(i), i);
+    }
 }
 
 void TestDecoder::decodersOfAllCodecs_workSideBySide()

@@ -45,6 +45,9 @@ private slots:
     void livePictureReplacesLiveOne_amongOthers();
     void livePictureReplacesTheOldest_whenFullOfOthers();
     void holdsNoPictureItGaveAway();
+    void endIsBehindWhatWaits();
+    void endDropsALivePicture();
+    void endStaysInItsPlace_whenPicturesGo();
 };
 
 void TestPictureQueue::keepsOrder()
@@ -113,6 +116,64 @@ void TestPictureQueue::livePictureReplacesTheOldest_whenFullOfOthers()
     QVERIFY(queue.push(numbered(33, true), dropped));
     QCOMPARE(int(dropped->sequence), 1);
     QCOMPARE(queue.size(), PictureQueue::Capacity);
+}
+
+void TestPictureQueue::endIsBehindWhatWaits()
+{
+    PictureQueue queue;
+    std::shared_ptr<GraphicBuffer> dropped;
+    queue.push(numbered(1, false), dropped);
+    QVERIFY(!queue.end(dropped));
+    QVERIFY(queue.hasEnd());
+    queue.push(numbered(2, false), dropped);
+    QVERIFY(!queue.hasEnd());
+    queue.push(numbered(3, false), dropped);
+    QVERIFY(!queue.takeFirst().isBehindEnd);
+    QVERIFY(queue.takeFirst().isBehindEnd);
+    QVERIFY(!queue.takeFirst().isBehindEnd);
+    QVERIFY(!queue.end(dropped));
+    QVERIFY(queue.isEmpty());
+    queue.takeEnd();
+    QVERIFY(!queue.hasEnd());
+}
+
+void TestPictureQueue::endDropsALivePicture()
+{
+    PictureQueue queue;
+    std::shared_ptr<GraphicBuffer> dropped;
+    queue.push(numbered(1, false), dropped);
+    queue.push(numbered(2, true), dropped);
+    queue.push(numbered(3, false), dropped);
+    QVERIFY(queue.end(dropped));
+    QCOMPARE(int(dropped->sequence), 2);
+    QVERIFY(queue.hasEnd());
+    QCOMPARE(drain(queue), (QList<int> { 1, 3 }));
+}
+
+void TestPictureQueue::endStaysInItsPlace_whenPicturesGo()
+{
+    PictureQueue queue;
+    std::shared_ptr<GraphicBuffer> dropped;
+    queue.end(dropped);
+    queue.push(numbered(1, false), dropped); // the one behind the end, and first to go
+    queue.push(numbered(2, true), dropped);
+    for (int i = 3; i <= PictureQueue::Capacity; ++i)
+        queue.push(numbered(i, false), dropped);
+    QVERIFY(queue.push(numbered(33, false), dropped));
+    QCOMPARE(int(dropped->sequence), 1);
+    QVERIFY(queue.push(numbered(34, true),
+                       dropped)); // for the live one, which had the end before it
+    QCOMPARE(int(dropped->sequence), 2);
+    QVERIFY(queue.takeFirst().isBehindEnd);
+    QVERIFY(!queue.takeFirst().isBehindEnd);
+    while (!queue.isEmpty())
+        queue.takeFirst();
+    queue.push(numbered(1, true), dropped);
+    queue.end(dropped);
+    queue.push(numbered(2, true), dropped);
+    QVERIFY(queue.push(numbered(3, true), dropped));
+    QVERIFY(queue.takeFirst().isBehindEnd);
+    QVERIFY(!queue.hasEnd());
 }
 
 void TestPictureQueue::holdsNoPictureItGaveAway()

@@ -41,7 +41,9 @@ private slots:
     void startsAgain_whenTheSurfaceSaysSo_data();
     void startsAgain_whenTheSurfaceSaysSo();
     void startsAgain_whenTheApplicationStoppedTheSurface();
-    void stopDropsWhatWaits();
+    void stopDropsALivePictureThatWaits();
+    void decodedPicturesThatWait_areShownBeforeTheStop();
+    void nextStreamBeginsBehindTheStop();
     void picturesAreShown_whenStopComesInAnEventBehindThem();
     void stopNeverCallsTheSurfaceItself();
     void stopWithoutPicturesLeavesTheSurfaceAlone();
@@ -245,20 +247,49 @@ void TestVideoOutputQt5::startsAgain_whenTheApplicationStoppedTheSurface()
              QStringLiteral("start present stop start present"));
 }
 
-void TestVideoOutputQt5::stopDropsWhatWaits()
+void TestVideoOutputQt5::stopDropsALivePictureThatWaits()
 {
     RecordingSurface surface;
     VideoOutputQt5 output;
     output.setVideoSurface(&surface);
-    auto picture = makeDecoded(1);
+    auto picture = makeLive(1);
     const std::weak_ptr<GraphicBuffer> watch = picture;
     output.onGraphicBuffer(std::move(picture));
-    output.onGraphicBuffer(makeDecoded(2));
     output.stop();
     QVERIFY(watch.expired());
     QCoreApplication::processEvents();
     QCOMPARE(surface.presented(), 0);
-    QCOMPARE(statisticsOf(surface).dropped, 2u);
+    QCOMPARE(statisticsOf(surface).dropped, 1u);
+}
+
+// A decoder delivers the last pictures of a stream and tells of its end in one breath.
+void TestVideoOutputQt5::decodedPicturesThatWait_areShownBeforeTheStop()
+{
+    RecordingSurface surface;
+    VideoOutputQt5 output;
+    output.setVideoSurface(&surface);
+    for (int i = 1; i <= 3; ++i)
+        output.onGraphicBuffer(makeDecoded(i));
+    output.stop();
+    QTRY_VERIFY(surface.calls().contains(QLatin1String("stop")));
+    QCOMPARE(surface.calls().join(QLatin1Char(' ')),
+             QStringLiteral("start present present present stop"));
+    QCOMPARE(statisticsOf(surface).dropped, 0u);
+}
+
+void TestVideoOutputQt5::nextStreamBeginsBehindTheStop()
+{
+    RecordingSurface surface;
+    VideoOutputQt5 output;
+    output.setVideoSurface(&surface);
+    for (int stream = 0; stream < 3; ++stream) {
+        output.onGraphicBuffer(makeDecoded(1));
+        output.onGraphicBuffer(makeDecoded(2));
+        output.stop();
+    }
+    const QString stream = QStringLiteral("start present present stop ");
+    QTRY_COMPARE(surface.calls().join(QLatin1Char(' ')), stream.repeated(3).trimmed());
+    QCOMPARE(statisticsOf(surface).presented, 6u);
 }
 
 // As a decoder does that is drained: its last pictures come all at once, and then its end.

@@ -231,10 +231,11 @@ void TestVideoOutputQt5Reentrancy::stoppedFromWithinTheSurface()
     QTRY_VERIFY(done);
     handleEvents();
     QVERIFY(!surface.isActive());
-    QVERIFY(surface.presented() <= 1);
+    QCOMPARE(surface.presented(), 3); // they were there before
+    QCOMPARE(surface.calls().last(), QStringLiteral("stop"));
     const VideoOutputStatistics statistics = statisticsOf(surface);
-    QCOMPARE(statistics.presented, quint64(surface.presented()));
-    QCOMPARE(statistics.presented + statistics.dropped, 3u);
+    QCOMPARE(statistics.presented, 3u);
+    QCOMPARE(statistics.dropped, 0u);
 }
 
 void TestVideoOutputQt5Reentrancy::anythingMayHappenFromWithinTheLog_data()
@@ -256,7 +257,7 @@ void TestVideoOutputQt5Reentrancy::anythingMayHappenFromWithinTheLog()
     auto surface = std::make_unique<RecordingSurface>();
     auto output = std::make_unique<VideoOutputQt5>();
     output->setVideoSurface(surface.get());
-    output->onGraphicBuffer(makeDecoded(1));
+    output->onGraphicBuffer(makeLive(1));
     QTRY_COMPARE(surface->presented(), 1);
 
     bool done = false;
@@ -271,7 +272,7 @@ void TestVideoOutputQt5Reentrancy::anythingMayHappenFromWithinTheLog()
             surface.reset();
         done = true;
     };
-    auto picture = makeDecoded(2);
+    auto picture = makeDecoded(2); // the next one does not take its place
     if (cause.startsWith(QLatin1String("null")))
         picture.reset();
     else if (cause == QLatin1String("bad"))
@@ -286,7 +287,7 @@ void TestVideoOutputQt5Reentrancy::anythingMayHappenFromWithinTheLog()
     output->setMirrored(false);
     if (cause.endsWith(QLatin1String("stop()")))
         output->stop();
-    output->onGraphicBuffer(makeDecoded(3));
+    output->onGraphicBuffer(makeLive(3));
     handleEvents();
     qInstallMessageHandler(handler);
     QVERIFY(done);

@@ -37,6 +37,7 @@ private slots:
     void deliveryDoesNotWaitForTheSurface();
     void stopOnAnotherThreadStopsTheSurfaceOnItsOwn();
     void stoppedOnAnotherThreadWhileTheSurfaceStarts();
+    void pictureOnItsWayIsShown_whenStoppedOnAnotherThread();
     void surfaceOfAnotherThreadIsStoppedThere_whenTakenAway();
     void outputDestroyedWhileTheSurfaceIsBusyElsewhere();
     void surfaceDestroyedOnItsThreadWhilePicturesFly();
@@ -122,12 +123,35 @@ void TestVideoOutputQt5Threads::stoppedOnAnotherThreadWhileTheSurfaceStarts()
     };
     VideoOutputQt5 output;
     output.setVideoSurface(surface);
-    output.onGraphicBuffer(makeDecoded(1));
+    output.onGraphicBuffer(makeLive(1));
     entered.acquire();
     output.stop();
     leave.release();
     QTRY_COMPARE(surface->calls().join(QLatin1Char(' ')), QStringLiteral("start stop"));
     QTRY_COMPARE(statisticsOf(*surface).dropped, 1u);
+}
+
+// The end of a stream is told by the decoder's thread.
+void TestVideoOutputQt5Threads::pictureOnItsWayIsShown_whenStoppedOnAnotherThread()
+{
+    SurfaceThread there;
+    RecordingSurface *const surface = there.surface();
+    Gate entered;
+    Gate leave;
+    surface->onStart = [&] {
+        entered.release();
+        leave.acquire();
+    };
+    VideoOutputQt5 output;
+    output.setVideoSurface(surface);
+    for (int i = 1; i <= 20; ++i)
+        output.onGraphicBuffer(makeDecoded(i));
+    entered.acquire();
+    output.stop();
+    leave.release();
+    QTRY_COMPARE(surface->calls().last(), QStringLiteral("stop"));
+    QCOMPARE(surface->startTimes(), range(1, 20));
+    QCOMPARE(statisticsOf(*surface).dropped, 0u);
 }
 
 void TestVideoOutputQt5Threads::surfaceOfAnotherThreadIsStoppedThere_whenTakenAway()
