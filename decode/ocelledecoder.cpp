@@ -85,13 +85,13 @@ bool OcelleDecoder::load(Decoder decoder)
     }
     if (m_status != QPVDecoder::UnloadedStatus && m_status != QPVDecoder::StandbyStatus)
         return false;
+    Decoder before = decoder;
     {
         QMutexLocker locker(&m_decoderMutex);
-        m_decoder.swap(decoder);
+        m_decoder.swap(before);
     }
-    decoder.reset(); // the one held before goes with no lock held
-    setStatus(QPVDecoder::LoadedStatus);
-    return true;
+    before.reset(); // with no lock held
+    return setStatusWhileHolding(decoder, QPVDecoder::LoadedStatus);
 }
 
 bool OcelleDecoder::start(const QVideoEncoderSettings &settings)

@@ -159,6 +159,21 @@ private slots:
         QCOMPARE(f.fake.use_count(), 1L);
     }
 
+    void load_leavesADecoderThatIsKilledMeanwhile()
+    {
+        DecoderFixture f;
+        f.bringTo(Loaded);
+        QVERIFY(!f.decoder.load(nullptr)); // it is held on to
+        const auto other = f.make(2);
+        f.script->onDestroy = [&f](FakeVideoDecoder &) { f.decoder.kill(); };
+        f.fake.reset();
+        QVERIFY(!f.decoder.load(other)); // which lets the old one go
+        f.script->onDestroy = nullptr;
+        QCOMPARE(int(f.decoder.status()), Unloaded);
+        QCOMPARE(f.statuses, StatusList { Unloaded });
+        QCOMPARE(other.use_count(), 1L);
+    }
+
     void start_configuresALoadedDecoderOnly_data() { addStatusRows(); }
 
     void start_configuresALoadedDecoderOnly()
