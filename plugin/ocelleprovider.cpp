@@ -204,6 +204,8 @@ int OcelleProvider::codecMaxInstances(const QByteArray &codec) const
 
 void OcelleProvider::readCodecs()
 {
+    if (!m_codecManager)
+        return;
     for (const VideoCodecInfo &info : m_codecManager->getVideoCodecs())
         m_codecInfos.insert(toByteArray(info.codecName), info);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "calllog.h"
 #include "decodeservicefixture.h"
+#include "ocelledecodecontrol.h"
 #include "ocellevideorenderercontrol.h"
 
 #include <QPointer>
@@ -40,6 +41,19 @@ private slots:
         DecodeServiceFixture f;
         QVERIFY(!f.service->requestControl(name.constData()));
         QVERIFY(!f.service->requestControl(nullptr));
+    }
+
+    void withoutACodecManager_nothingIsSupportedAndNothingStarts()
+    {
+        FakePlatform platform;
+        OcelleProvider provider(&platform.cameras, nullptr);
+        OcelleDecodeSession session(&provider, nullptr);
+        DecodeRecorder recorder(session.decodeControl());
+        QCOMPARE(session.supportedCodecs(true), QStringList());
+        QVERIFY(!session.isFormatSupported(streamSettings()));
+        QVERIFY(!session.startDecoder(streamSettings()));
+        QCOMPARE(recorder.errors, QStringList("1 Couldn't acquire decoder"));
+        QVERIFY(!session.decode(testFrame()));
     }
 
     void construction_asksThePlatformForNoDecoder()
