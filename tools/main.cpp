@@ -1,59 +1,79 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "commandline.h"
-#include "compliancecommand.h"
-#include "doctorcommand.h"
-#include "encodecommand.h"
-#include "environment.h"
-#include "listcommand.h"
-#include "playcommand.h"
-#include "previewcommand.h"
-#include "recordcommand.h"
-#include "transcodecommand.h"
-#include "verifycommand.h"
-#include "watchcommand.h"
+#include "commands.h"
+#include "console.h"
+#include "doctor/libraryexamination.h"
 
-#include <QGuiApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstring>
+
+// The program links nothing of a platform, so that it starts where that is missing and can say so.
+namespace {
+
+// Where the commands are: as built, as installed, or beside the program.
+QString commandsFile()
+{
+    const QString name = QStringLiteral("ocelle-commands.so");
+    const QString self = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    if (self.isEmpty())
+        return name; // not of whatever folder is the current one
+    const QDir program(self);
+    for (const char *folder : { "../lib/ocelle/", OCELLE_INSTALLED_COMMANDS "/", "./" }) {
+        const QString path = program.absoluteFilePath(QLatin1String(folder) + name);
+        if (QFileInfo::exists(path))
+            return QDir::cleanPath(path);
+    }
+    return name;
+}
+
+// What the doctor says where the commands cannot be loaded.
+int examineLoading(const QString &file, const QString &error, bool json)
+{
+    using Level = Doctor::Finding::Level;
+    const QString area = QStringLiteral("libraries");
+    Doctor::Findings findings = Doctor::examineLibrariesOf(file);
+    if (!Doctor::hasProblem(findings))
+        findings.append({ Level::Problem, area, error,
+                          QStringLiteral("install this program once more, as a whole, and platform "
+                                         "libraries that go with it") });
+    findings.append({ Level::Note, area,
+                      QStringLiteral("nothing else is examined before the libraries are there"),
+                      QStringLiteral("run ocelle doctor again then") });
+    if (json)
+        Tool::printJson(QJsonDocument(Doctor::toJson(findings)), QJsonDocument::Indented);
+    for (const Doctor::Finding &finding : findings) {
+        if (!json)
+            Tool::printLine(Doctor::toText(finding));
+    }
+    return Tool::Failure;
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
-    int exitCode = Tool::Success;
-    const auto commandLine = Tool::parseCommandLine(argc, argv, &exitCode);
-    if (!commandLine)
-        return exitCode;
+    const QString file = commandsFile();
+    // Global, as what a program links is to the plugins that it loads.
+    void *const commands = dlopen(QFile::encodeName(file).constData(), RTLD_LAZY | RTLD_GLOBAL);
+    void *const run = commands ? dlsym(commands, OcelleCommandsName) : nullptr;
+    if (run)
+        return reinterpret_cast<decltype(&ocelleCommands)>(run)(argc, argv);
 
-    // The doctor sees what an application would.
-    const bool asItIs =
-            commandLine->command == Tool::CommandLine::Command::Doctor && !commandLine->cameras;
-    Tool::prepareEnvironment(!asItIs);
-    int qtArgc = 1; // the arguments are not Qt's
-    QGuiApplication application(qtArgc, argv);
-    QGuiApplication::setApplicationName(QStringLiteral("ocelle"));
-    QGuiApplication::setQuitOnLastWindowClosed(false); // closing the window ends the preview itself
-    if (!asItIs)
-        Tool::addPluginFolder();
-
-    switch (commandLine->command) {
-    case Tool::CommandLine::Command::List:
-        return Tool::listDevices(commandLine->json);
-    case Tool::CommandLine::Command::Watch:
-        return Tool::WatchCommand(commandLine->json).run();
-    case Tool::CommandLine::Command::Preview:
-        return Tool::PreviewCommand(commandLine->preview).run();
-    case Tool::CommandLine::Command::Doctor:
-        return asItIs ? Tool::examineAll(commandLine->json)
-                      : Tool::examineCameras(commandLine->json);
-    case Tool::CommandLine::Command::Record:
-        return Tool::RecordCommand(commandLine->record).run();
-    case Tool::CommandLine::Command::Encode:
-        return Tool::EncodeCommand(commandLine->encode).run();
-    case Tool::CommandLine::Command::Play:
-        return Tool::PlayCommand(commandLine->play).run();
-    case Tool::CommandLine::Command::Verify:
-        return Tool::VerifyCommand(commandLine->verify).run();
-    case Tool::CommandLine::Command::Transcode:
-        return Tool::TranscodeCommand(commandLine->encode).run();
-    case Tool::CommandLine::Command::Compliance:
-        return Tool::checkCompliance(commandLine->compliance);
-    }
+    const QString error = QString::fromLocal8Bit(dlerror());
+    const auto isGiven = [=](const char *word) {
+        return std::any_of(argv + 1, argv + argc,
+                           [=](const char *given) { return std::strcmp(given, word) == 0; });
+    };
+    if (argc > 1 && std::strcmp(argv[1], "doctor") == 0 && !isGiven("--help"))
+        return examineLoading(file, error, isGiven("--json"));
+    if (isGiven("--version"))
+        return Tool::printLine(QStringLiteral(OCELLE_VERSION)) ? Tool::Success : Tool::Failure;
+    Tool::printError(QStringLiteral("%1; ocelle doctor tells what is missing").arg(error));
     return Tool::Failure;
 }

@@ -17,7 +17,8 @@ foreach(file IN ITEMS
     "${LIBDIR}/pkgconfig/Qt5Palaver.pc"
     include/ocelle/cameramanager.h include/ocelle/camera.h include/ocelle/videooutputqt5.h
     include/palaver/qpvrawvideosourcecontrol.h
-    bin/ocelle share/man/man1/ocelle.1.gz share/bash-completion/completions/ocelle
+    bin/ocelle "${LIBDIR}/ocelle/ocelle-commands.so"
+    share/man/man1/ocelle.1.gz share/bash-completion/completions/ocelle
     bin/ocelle-viewer share/man/man1/ocelle-viewer.1.gz
     share/bash-completion/completions/ocelle-viewer)
   if(NOT EXISTS "${PREFIX}/${file}")

@@ -78,6 +78,8 @@ private slots:
     void otherPluginThatComesFirst_isTold();
     void noCamera_isTold();
     void findings_areJson();
+    void program_startsWithoutThePlatform_data();
+    void program_startsWithoutThePlatform();
 };
 
 void DoctorToolTest::nothingIsToBeDone_whereAllIsWell()
@@ -195,6 +197,52 @@ void DoctorToolTest::findings_areJson()
     QCOMPARE(first.value(QStringLiteral("area")).toString(), QStringLiteral("plugins"));
     QVERIFY(!first.value(QStringLiteral("finding")).toString().isEmpty());
     QVERIFY(!first.value(QStringLiteral("advice")).toString().isEmpty());
+}
+
+void DoctorToolTest::program_startsWithoutThePlatform_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("output"); // what there is of it
+    QTest::addColumn<QByteArray>("errors");
+    const QByteArray missing = "libocelle.so.9: cannot open shared object file: No such file or "
+                               "directory; ocelle doctor tells what is missing\n";
+    QTest::newRow("doctor") << QStringList { "doctor" } << 1
+                            << QByteArray("problem  libraries    libocelle.so.9, which ")
+                            << QByteArray();
+    QTest::newRow("advice") << QStringList { "doctor" } << 1
+                            << QByteArray("-> install the platform's libraries") << QByteArray();
+    QTest::newRow("doctor, JSON") << QStringList { "doctor", "--json" } << 1
+                                  << QByteArray("\"level\": \"problem\"") << QByteArray();
+    QTest::newRow("list") << QStringList { "list" } << 1 << QByteArray() << "ocelle: " + missing;
+    QTest::newRow("nothing") << QStringList {} << 1 << QByteArray() << "ocelle: " + missing;
+    QTest::newRow("version") << QStringList { "--version" } << 0 << QByteArray(OCELLE_VERSION "\n")
+                             << QByteArray();
+}
+
+// As it lies on a device: its commands beside it, and a library that they need nowhere.
+void DoctorToolTest::program_startsWithoutThePlatform()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, output);
+    const QTemporaryDir folder;
+    const QString program = folder.filePath(QStringLiteral("ocelle"));
+    QVERIFY(QFile::copy(QStringLiteral(OCELLE_TOOL), program));
+    QFile whole(QStringLiteral(OCELLE_COMMANDS));
+    QVERIFY(whole.open(QIODevice::ReadOnly));
+    QByteArray bytes = whole.readAll();
+    QVERIFY(bytes.contains("libocelle.so.0"));
+    bytes.replace("libocelle.so.0", "libocelle.so.9");
+    QFile broken(folder.filePath(QStringLiteral("ocelle-commands.so")));
+    QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write(bytes) == bytes.size());
+    broken.close();
+    QProcess process;
+    process.start(program, arguments);
+    QVERIFY(process.waitForFinished() && process.exitStatus() == QProcess::NormalExit);
+    const QByteArray printed = process.readAllStandardOutput();
+    QTEST(process.exitCode(), "exitCode");
+    QTEST(process.readAllStandardError(), "errors");
+    QVERIFY2(output.isEmpty() ? printed.isEmpty() : printed.contains(output), printed);
 }
 
 QTEST_GUILESS_MAIN(DoctorToolTest)

@@ -156,6 +156,8 @@ void ListToolTest::commands_tellOfAMissingPlugin()
     const QTemporaryDir folder;
     const QString tool = folder.filePath(QStringLiteral("ocelle"));
     QVERIFY(QFile::copy(QStringLiteral(OCELLE_TOOL), tool));
+    QVERIFY(QFile::copy(QStringLiteral(OCELLE_COMMANDS),
+                        folder.filePath(QStringLiteral("ocelle-commands.so"))));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(QStringLiteral("QT_PLUGIN_PATH"));
     environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
