@@ -195,18 +195,20 @@ void Decoding::onError(const QString &text)
 }
 
 /*!
- * Where as many units are inside as may be and no picture comes, some of them never come out: the
- * decoder waits for a key frame, say.
+ * Where no picture comes, none may ever make room: of as many as may be inside some never come out,
+ * as the decoder waits for a key frame, say, or it is the service's queue that was full, which also
+ * counts the units that show nothing.
  */
 void Decoding::onTick()
 {
     const bool isIdle = m_progress == std::exchange(m_progressAtTick, m_progress);
     m_idleTicks = isIdle ? m_idleTicks + 1 : 0;
-    if (isIdle && !m_isEnding && m_inside.size() >= MostInside) {
+    if (isIdle && m_hasStarted && !m_isEnding) {
         qint64 oldest = m_counts.units;
         for (const Unit &unit : qAsConst(m_inside))
             oldest = qMin(oldest, unit.index);
-        forget(oldest + Forgiven);
+        if (m_inside.size() >= MostInside)
+            forget(oldest + Forgiven);
         emit roomWasMade();
     }
     if (m_isEnding && m_idleTicks >= MaxIdleTicks && !std::exchange(m_hasFailed, true)) {

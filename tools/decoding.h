@@ -65,7 +65,7 @@ public:
 
 signals:
     void started();     // units are welcome
-    void roomWasMade(); // without a picture
+    void roomWasMade(); // maybe, without a picture
     void damaged(const QString &error);
     void failed(const QString &error);
     void ended();

@@ -26,6 +26,8 @@ private slots:
     void play_showsWhatIsToBeSeen_ofPublishedStreams();
     void play_showsWhatIsThere_ofACutFile();
     void play_goesOn_withoutAKeyFrameForLong();
+    void play_goesOn_whereFewUnitsShowAPicture_data();
+    void play_goesOn_whereFewUnitsShowAPicture();
     void play_tellsOfNoDisplay_onlyWhereItPlays();
     void commands_refuseWhatCannotBe_data();
     void commands_refuseWhatCannotBe();
@@ -169,6 +171,63 @@ void PlayToolTest::play_goesOn_withoutAKeyFrameForLong()
     QCOMPARE(object(result).value("out").toInt(), 20);
     QCOMPARE(object(result).value("lost").toInt(), 39);
     QCOMPARE(numberIn(QImage(path("last.png"))), 59);
+}
+
+void PlayToolTest::play_goesOn_whereFewUnitsShowAPicture_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QStringList>("options"); // %1 is the folder
+    QTest::newRow("fields") << "v.h265"
+                            << QStringList { "-c:v", "libx265", "-x265-params",
+                                             "interlace=tff:log-level=none" };
+    QTest::newRow("hidden frames") << "v.ivf"
+                                   << QStringList { "-c:v",
+                                                    "libvpx",
+                                                    "-deadline",
+                                                    "good",
+                                                    "-b:v",
+                                                    "300k",
+                                                    "-g",
+                                                    "200",
+                                                    "-pass",
+                                                    "2",
+                                                    "-lag-in-frames",
+                                                    "16",
+                                                    "-auto-alt-ref",
+                                                    "1",
+                                                    "-arnr-maxframes",
+                                                    "7",
+                                                    "-passlogfile",
+                                                    "%1/first" };
+}
+
+// There is no key frame, so that nothing comes out, and the units are more than the queues take.
+void PlayToolTest::play_goesOn_whereFewUnitsShowAPicture()
+{
+    QFETCH(QString, file);
+    QFETCH(QStringList, options);
+    options.replaceInStrings("%1", m_folder->path());
+    const QStringList source { "-nostdin",  "-loglevel",
+                               "error",     "-y",
+                               "-f",        "lavfi",
+                               "-i",        "testsrc=s=160x120:r=30,format=yuv420p",
+                               "-frames:v", "90" };
+    if (options.contains("-pass")) {
+        QStringList first = options;
+        first[first.indexOf("-pass") + 1] = "1";
+        QCOMPARE(QProcess::execute("ffmpeg", source + first + QStringList { path("first.ivf") }),
+                 0);
+    }
+    QCOMPARE(QProcess::execute("ffmpeg", source + options + QStringList { path("whole-" + file) }),
+             0);
+    QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-i",
+                                           path("whole-" + file), "-c", "copy", "-bsf:v",
+                                           "noise=drop='key',dump_extra=freq=all", path(file) }),
+             0);
+    const ToolResult result =
+            ToolProcess::run({ "play", path(file), "--rate", "max", "--no-window" });
+    QCOMPARE(result.exitCode, 1); // and not killed
+    QVERIFY2(result.errors.contains(": no picture came out of it\n"), result.errors.constData());
 }
 
 // A file that opens well, and then there is no key frame in it.
