@@ -27,6 +27,7 @@ private slots:
     void start_withUnknownCodec_isToldOf();
     void start_withoutFolder_isToldOf();
     void cameraThatGoes_leavesWhatWasRecorded();
+    void sourceThatGoes_leavesWhatWasRecorded();
 
 private:
     HomeFolder m_home;
@@ -165,6 +166,22 @@ void TestRecorder::cameraThatGoes_leavesWhatWasRecorded()
     QTRY_VERIFY(recorder.seconds() > 0.5);
     m_source->setCamera(nullptr);
     m_camera.reset();
+    recorder.stop();
+    QTRY_COMPARE(finished.count(), 1);
+    QVERIFY(decodedPictures(finished.first().first().toString()) > 1);
+}
+
+/*! As in a window that is closed: of its parts, that which was made first goes first. */
+void TestRecorder::sourceThatGoes_leavesWhatWasRecorded()
+{
+    Recorder recorder;
+    recorder.setSource(m_source.get());
+    QSignalSpy finished(&recorder, &Recorder::finished);
+    recorder.start(QStringLiteral("h264"), BitRate, Size, 30);
+    QTRY_VERIFY(recorder.seconds() > 0.5);
+    m_source.reset();
+    QVERIFY(!recorder.source());
+    QCOMPARE(recorder.dropped(), 0);
     recorder.stop();
     QTRY_COMPARE(finished.count(), 1);
     QVERIFY(decodedPictures(finished.first().first().toString()) > 1);

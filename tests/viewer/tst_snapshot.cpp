@@ -10,6 +10,8 @@
 #include <patternreader.h>
 #include <snapshot.h>
 
+#include <memory>
+
 using Viewer::RawPictures;
 using Viewer::Snapshot;
 
@@ -23,6 +25,8 @@ private slots:
     void take_withoutCamera_isToldOf();
     void take_ofSilentCamera_isToldOf();
     void take_withoutFolder_isToldOf();
+    void take_ofSourceThatGoes_isToldOf();
+    void take_ofSourceThatIsReplaced_isToldOf();
 
 private:
     HomeFolder m_home;
@@ -116,6 +120,39 @@ void TestSnapshot::take_withoutFolder_isToldOf()
     snapshot.take();
     QTRY_COMPARE(failed.count(), 1);
     QVERIFY(failed.first().first().toString().contains(QStringLiteral("cannot be made")));
+}
+
+void TestSnapshot::take_ofSourceThatGoes_isToldOf()
+{
+    StreamingCamera camera("pattern:back");
+    camera.camera()->load();
+    auto source = std::make_unique<RawPictures>();
+    source->setCamera(camera.item());
+    Snapshot snapshot;
+    snapshot.setSource(source.get());
+    QSignalSpy failed(&snapshot, &Snapshot::failed);
+    snapshot.take();
+    source.reset();
+    QVERIFY(snapshot.isBusy());
+    QTRY_COMPARE(failed.count(), 1);
+    QVERIFY(!snapshot.isBusy());
+}
+
+void TestSnapshot::take_ofSourceThatIsReplaced_isToldOf()
+{
+    StreamingCamera camera("pattern:back");
+    camera.camera()->load();
+    RawPictures source;
+    source.setCamera(camera.item());
+    RawPictures other;
+    Snapshot snapshot;
+    snapshot.setSource(&source);
+    QSignalSpy failed(&snapshot, &Snapshot::failed);
+    snapshot.take();
+    snapshot.setSource(&other);
+    QCOMPARE(failed.count(), 1);
+    QVERIFY(!snapshot.isBusy());
+    QCOMPARE(snapshot.source(), &other);
 }
 
 QTEST_GUILESS_MAIN(TestSnapshot)

@@ -44,6 +44,15 @@ Recorder::~Recorder()
         recording->disconnect(this);
 }
 
+void Recorder::setSource(RawPictures *source)
+{
+    if (source == m_source)
+        return;
+    stop(); // which is of the other one's pictures
+    m_source = source;
+    emit sourceChanged();
+}
+
 qreal Recorder::seconds() const
 {
     return m_recording ? double(m_recording->written().duration) / 1e6 : 0;
@@ -58,7 +67,8 @@ int Recorder::dropped() const
 {
     if (!m_recording)
         return 0;
-    return int(m_recording->refused() + (m_isTaking ? m_source->dropped() : m_lost));
+    const RawPictures *const source = m_source;
+    return int(m_recording->refused() + (m_isTaking && source ? source->dropped() : m_lost));
 }
 
 int Recorder::waiting() const
@@ -98,7 +108,8 @@ void Recorder::start(const QString &codec, int bitRate, const QSize &size, qreal
 
 bool Recorder::prepare(const QString &codec, Tool::RecordingSettings *settings, QString *error)
 {
-    if (!m_source || !m_source->isAvailable() || settings->size.isEmpty()) {
+    const RawPictures *const source = m_source;
+    if (!source || !source->isAvailable() || settings->size.isEmpty()) {
         *error = QStringLiteral("there is no camera to record");
         return false;
     }
@@ -120,10 +131,15 @@ bool Recorder::prepare(const QString &codec, Tool::RecordingSettings *settings, 
 
 void Recorder::onStarted()
 {
+    RawPictures *const source = m_source;
+    if (!source) {
+        stop();
+        return;
+    }
     m_isTaking = true;
     m_lost = 0;
-    connect(m_source, &RawPictures::pictureTaken, this, &Recorder::onPicture);
-    m_source->begin();
+    connect(source, &RawPictures::pictureTaken, this, &Recorder::onPicture);
+    source->begin();
 }
 
 void Recorder::onPicture(const QVideoFrame &frame)
@@ -143,9 +159,12 @@ void Recorder::stop()
 void Recorder::stopTaking()
 {
     m_isTaking = false;
-    m_lost = m_source->dropped();
-    m_source->disconnect(this);
-    m_source->end();
+    RawPictures *const source = m_source;
+    if (!source)
+        return;
+    m_lost = source->dropped();
+    source->disconnect(this);
+    source->end();
 }
 
 void Recorder::onEnded()

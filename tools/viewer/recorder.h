@@ -5,6 +5,7 @@
 #include "recording.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QSize>
 #include <QTimer>
 
@@ -22,7 +23,7 @@ namespace Viewer {
 class Recorder : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(Viewer::RawPictures *source MEMBER m_source NOTIFY sourceChanged)
+    Q_PROPERTY(Viewer::RawPictures *source READ source WRITE setSource NOTIFY sourceChanged)
     Q_PROPERTY(QStringList codecs READ codecs CONSTANT)
     Q_PROPERTY(bool active READ isActive NOTIFY activeChanged) // until the file is complete
     Q_PROPERTY(qreal seconds READ seconds NOTIFY progressChanged)
@@ -33,6 +34,9 @@ public:
     explicit Recorder(QObject *parent = nullptr);
     ~Recorder() override;
 
+    RawPictures *source() const { return m_source; }
+    /*! Before the first start(). */
+    void setSource(RawPictures *source);
     /*! The names of those that there is an encoder for. */
     QStringList codecs() const { return m_codecs; }
     bool isActive() const { return bool(m_recording); }
@@ -61,7 +65,7 @@ private:
     void fail(const QString &error);
 
     const QStringList m_codecs;
-    Viewer::RawPictures *m_source = nullptr; // set once, outlives this
+    QPointer<RawPictures> m_source; // QML deletes it first, where both go
     std::unique_ptr<Tool::Recording> m_recording;
     QString m_file;
     QTimer m_tick;

@@ -26,18 +26,31 @@ Snapshot::Snapshot(QObject *parent)
     });
 }
 
+void Snapshot::setSource(RawPictures *source)
+{
+    if (source == m_source)
+        return;
+    if (m_patience.isActive()) { // it waits for one of the other's
+        stopWaiting();
+        finish(QString(), QStringLiteral("the camera has delivered no picture"));
+    }
+    m_source = source;
+    emit sourceChanged();
+}
+
 void Snapshot::take()
 {
     if (m_isBusy)
         return;
     m_isBusy = true;
     emit busyChanged();
-    if (!m_source || !m_source->isAvailable()) {
+    RawPictures *const source = m_source;
+    if (!source || !source->isAvailable()) {
         finish(QString(), QStringLiteral("there is no camera to take it with"));
         return;
     }
-    connect(m_source, &RawPictures::pictureTaken, this, &Snapshot::onPicture);
-    m_source->begin();
+    connect(source, &RawPictures::pictureTaken, this, &Snapshot::onPicture);
+    source->begin();
     m_patience.start();
 }
 
@@ -69,8 +82,11 @@ void Snapshot::onPicture(const QVideoFrame &frame)
 void Snapshot::stopWaiting()
 {
     m_patience.stop();
-    m_source->disconnect(this);
-    m_source->end();
+    RawPictures *const source = m_source;
+    if (!source)
+        return;
+    source->disconnect(this);
+    source->end();
 }
 
 void Snapshot::finish(const QString &file, const QString &error)

@@ -4,6 +4,7 @@
 #include "rawpictures.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 
 namespace Viewer {
@@ -17,11 +18,13 @@ namespace Viewer {
 class Snapshot : public QObject
 {
     Q_OBJECT
-    Q_PROPERTY(Viewer::RawPictures *source MEMBER m_source NOTIFY sourceChanged)
+    Q_PROPERTY(Viewer::RawPictures *source READ source WRITE setSource NOTIFY sourceChanged)
     Q_PROPERTY(bool busy READ isBusy NOTIFY busyChanged)
 public:
     explicit Snapshot(QObject *parent = nullptr);
 
+    RawPictures *source() const { return m_source; }
+    void setSource(RawPictures *source);
     bool isBusy() const { return m_isBusy; }
     /*! saved() or failed() follows; nothing happens while it is busy. */
     Q_INVOKABLE void take();
@@ -37,8 +40,8 @@ private:
     void stopWaiting();
     void finish(const QString &file, const QString &error);
 
-    Viewer::RawPictures *m_source = nullptr; // set once, outlives this
-    QTimer m_patience;                       // while it waits for a picture
+    QPointer<RawPictures> m_source; // QML deletes it first, where both go
+    QTimer m_patience;              // while it waits for a picture
     bool m_isBusy = false;
 };
 

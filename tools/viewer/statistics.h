@@ -53,7 +53,7 @@ private:
     void onTick();
     void readOutput(double seconds);
 
-    FrameMeter *m_meter = nullptr; // QML's, which outlives this
+    FrameMeter *m_meter = nullptr; // QML's; no tick comes between the end of one and the other
     QPointer<QAbstractVideoSurface> m_surface;
     QTimer m_tick;
     QElapsedTimer m_time; // since the last tick
