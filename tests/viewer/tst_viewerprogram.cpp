@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "homefolder.h"
+#include "stuckfiles.h"
 #include "videofiles.h"
 
 #include <QFileInfo>
@@ -24,6 +25,7 @@ private slots:
     void withoutDisplay_itSaysSo();
     void keys_takePicture_recordAndQuit();
     void terminated_itCompletesTheRecording();
+    void closedTwice_itEnds_thoughTheRecordingCannot();
 
 private:
     struct Result
@@ -198,6 +200,27 @@ void TestViewerProgram::terminated_itCompletesTheRecording()
     const QStringList files = HomeFolder::files(m_home.videos(), QStringLiteral(".mkv"));
     QCOMPARE(files.size(), 1);
     QVERIFY(decodedPictures(files.first()) > 0);
+}
+
+/*! On a disk that stops taking data, so that the encoder's thread never returns. */
+void TestViewerProgram::closedTwice_itEnds_thoughTheRecordingCannot()
+{
+    StuckFiles files(m_home.videos(), QStringLiteral(".mkv.part"));
+    QVERIFY(files.areThere());
+    QProcess process;
+    start(&process, { QStringLiteral("--size"), QStringLiteral("320x240") });
+    QTRY_VERIFY_WITH_TIMEOUT(
+            press(QStringLiteral("p")) &&
+                    !HomeFolder::files(m_home.pictures(), QStringLiteral(".png")).isEmpty(),
+            Patience);
+    QVERIFY(press(QStringLiteral("r")));
+    QTRY_VERIFY_WITH_TIMEOUT(files.isOneFull(), Patience);
+    QVERIFY(press(QStringLiteral("ctrl+q"))); // waits for the recording
+    press(QStringLiteral("ctrl+q"));          // the window may be gone before xdotool is
+    const Result result = finish(&process);
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains("does not answer; it stays in FILE.part"),
+             result.errors.constData());
 }
 
 QTEST_GUILESS_MAIN(TestViewerProgram)

@@ -2,6 +2,7 @@
 #include "commandline.h"
 #include "console.h"
 #include "environment.h"
+#include "exitdeadline.h"
 #include "interruption.h"
 #include "vieweroptions.h"
 #include "viewerwindow.h"
@@ -9,6 +10,12 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QQuickWindow>
+
+#include <optional>
+
+namespace {
+constexpr std::chrono::seconds LongestEnd { 5 }; // once the window is closed
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -30,6 +37,7 @@ int main(int argc, char *argv[])
                                         "needs none"));
         return Tool::Failure;
     }
+    std::optional<Viewer::ExitDeadline> deadline; // goes after the window, whose end it bounds
     const Viewer::ViewerWindow viewer(*options);
     if (!viewer.window())
         return Tool::Failure; // Qt has said what is missing
@@ -38,5 +46,7 @@ int main(int argc, char *argv[])
     // As if its window was closed, so that a recording is completed.
     QObject::connect(&interruption, &Tool::Interruption::interrupted, viewer.window(),
                      [&viewer] { viewer.window()->close(); });
-    return QGuiApplication::exec();
+    exitCode = QGuiApplication::exec();
+    deadline.emplace(LongestEnd);
+    return exitCode;
 }
