@@ -27,6 +27,8 @@ CallWindow::CallWindow()
     layout->addWidget(&m_keyFrame, 1, 1);
     layout->addWidget(&m_text, 2, 0, 1, 2);
     layout->setRowStretch(0, 1);
+    layout->setColumnStretch(0, 1); // the same width for both
+    layout->setColumnStretch(1, 1);
     resize(1000, 480);
 
     connect(&m_keyFrame, &QPushButton::clicked, this, &CallWindow::requestKeyFrame);
@@ -148,15 +150,18 @@ void CallWindow::receive(const QPVEncodedVideoFrame &unit)
 
 void CallWindow::showReceived(const QVideoFrame &frame)
 {
-    m_last = frame;
     // The widget's own surface draws what it is given, once it has been told the format.
     QAbstractVideoSurface *const screen = m_remote.videoSurface();
-    const QVideoSurfaceFormat format(frame.size(), frame.pixelFormat());
-    if (!screen->isActive() || screen->surfaceFormat().frameSize() != frame.size())
-        screen->start(format);
-    screen->present(frame);
+    const QVideoSurfaceFormat now = screen->surfaceFormat();
+    const bool isAsBefore = screen->isActive() && now.frameSize() == frame.size() &&
+                            now.pixelFormat() == frame.pixelFormat();
+    if (!isAsBefore && !screen->start({ frame.size(), frame.pixelFormat() }))
+        return fail(tr("The window cannot show pictures of this format."));
+    if (!screen->present(frame))
+        return fail(tr("The window does not show a picture that came."));
     ++m_received;
-    m_text.setText(summary());
+    if (!m_hasFailed)
+        m_text.setText(summary());
     emit pictureReceived(m_received);
 }
 
@@ -171,6 +176,9 @@ QString CallWindow::summary() const
 
 void CallWindow::fail(const QString &error)
 {
+    if (m_hasFailed)
+        return;
+    m_hasFailed = true;
     m_text.setText(error);
     QMetaObject::invokeMethod(
             this, [this, error] { emit failed(error); }, Qt::QueuedConnection);

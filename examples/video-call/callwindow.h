@@ -5,7 +5,6 @@
 #include "surface.h"
 
 #include <QCamera>
-#include <QImage>
 #include <QLabel>
 #include <QPushButton>
 #include <QSlider>
@@ -23,7 +22,7 @@ class QVideoRendererControl;
  * The camera's picture beside what becomes of it behind encoder and decoder.
  *
  * Threads: the application thread.
- * Errors:  failed(), and the window says the same.
+ * Errors:  the first one by failed(), and the window says the same.
  */
 class CallWindow : public QWidget
 {
@@ -38,7 +37,6 @@ public:
     int bitRate() const { return m_bitRate.value(); } // bits per second
     void setBitRate(int bitRate) { m_bitRate.setValue(bitRate); }
     QString summary() const;
-    QImage lastPicture() const { return m_last.image(); } // that was received
 
 signals:
     void pictureReceived(int count);
@@ -59,8 +57,9 @@ private:
     QVideoWidget m_remote; // what came through
 
     // What feeds a surface is declared after it, and so goes before it.
-    Surface m_sending;   // the camera's pictures to the encoder
-    Surface m_receiving; // those from the decoder
+    // The camera's pictures to the encoder, and the decoder's in a format that the widget draws.
+    Surface m_sending { { QVideoFrame::Format_NV12, QVideoFrame::Format_YUV420P } };
+    Surface m_receiving { m_remote.videoSurface()->supportedPixelFormats() };
     CodecService m_decoding { QStringLiteral("veltra.palaver.decoder") };
     CodecService m_encoding { QStringLiteral("veltra.palaver.encoder") };
     QCamera m_camera;
@@ -71,7 +70,7 @@ private:
     QVideoEncoderSettingsControl *m_settings = nullptr;
     QPVRawVideoSourceControl *m_raw = nullptr;
 
-    QVideoFrame m_last; // the newest that was received
+    bool m_hasFailed = false;
     bool m_wantsKeyFrame = false;
     bool m_decodes = false; // the decoder takes units
     int m_sent = 0;         // pictures

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QPixmap>
 
 int main(int argc, char **argv)
 {
@@ -15,7 +16,7 @@ int main(int argc, char **argv)
                         "End after N pictures, half-way asking for a key frame and half "
                         "the bit rate.",
                         "N" });
-    options.addOption({ "snapshot", "Save what comes out at the end.", "FILE.png" });
+    options.addOption({ "snapshot", "Save what the window shows at the end.", "FILE.png" });
     options.process(application);
     const int frames = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
@@ -37,10 +38,10 @@ int main(int argc, char **argv)
     window.show();
     window.start();
     const int result = application.exec();
+    const QPixmap shown = window.grab(); // before the pictures stop
     window.stop();
     qInfo("%s", qPrintable(window.summary()));
-    if (result == 0 && options.isSet("snapshot") &&
-        !window.lastPicture().save(options.value("snapshot"))) {
+    if (result == 0 && options.isSet("snapshot") && !shown.save(options.value("snapshot"))) {
         qCritical("%s cannot be written", qPrintable(options.value("snapshot")));
         return 1;
     }

@@ -4,17 +4,21 @@
 #include <QAbstractVideoSurface>
 #include <QVideoFrame>
 
-/*! Hands on the pictures that come to it, on the thread that it lives on. */
+/*! Hands on the pictures that come to it in one of its formats, on the thread that it lives on. */
 class Surface : public QAbstractVideoSurface
 {
     Q_OBJECT
 public:
+    explicit Surface(const QList<QVideoFrame::PixelFormat> &formats)
+        : m_formats(formats)
+    {
+    }
+
     QList<QVideoFrame::PixelFormat>
     supportedPixelFormats(QAbstractVideoBuffer::HandleType type) const override
     {
-        if (type != QAbstractVideoBuffer::NoHandle)
-            return {};
-        return { QVideoFrame::Format_NV12, QVideoFrame::Format_YUV420P };
+        return type == QAbstractVideoBuffer::NoHandle ? m_formats
+                                                      : QList<QVideoFrame::PixelFormat>();
     }
     bool start(const QVideoSurfaceFormat &format) override
     {
@@ -30,4 +34,7 @@ public:
 signals:
     void formatCame(const QVideoSurfaceFormat &format);
     void pictureCame(const QVideoFrame &frame);
+
+private:
+    const QList<QVideoFrame::PixelFormat> m_formats; // the best first
 };
