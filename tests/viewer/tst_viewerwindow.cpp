@@ -31,6 +31,7 @@ private slots:
     void preview_showsCamera_andMirrorsTheFrontOne();
     void preview_staysMirrored_whenSizesChange();
     void settings_changeSizeAndRate();
+    void keys_workBesideAnOpenPanel();
     void key_changesCamera();
     void key_takesPicture();
     void keys_recordAndPlay();
@@ -38,6 +39,7 @@ private slots:
     void window_closes_whenItIsClosedTwice();
     void statistics_tellOfThePreview();
     void camera_thatIsPluggedIn_isOffered_andUnplugged_isToldOf();
+    void message_hasRoomForItsWords_onPhone();
     void camera_thatIsNotThere_isToldOf_andAnotherShown();
     void size_thatIsNotOffered_isToldOf();
     void controls_areInsideTheWindow_data();
@@ -187,6 +189,21 @@ void TestViewerWindow::settings_changeSizeAndRate()
     QTRY_VERIFY(!find("settings")->property("visible").toBool());
 }
 
+void TestViewerWindow::keys_workBesideAnOpenPanel()
+{
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_S);
+    QTRY_VERIFY(find("settings")->property("opened").toBool());
+    press(Qt::Key_V); // in its place
+    QTRY_VERIFY(find("recordings")->property("opened").toBool());
+    QTRY_VERIFY(!find("settings")->property("visible").toBool());
+    press(Qt::Key_P);
+    QTRY_VERIFY(!textOf("notice").isEmpty());
+    press(Qt::Key_V);
+    QTRY_VERIFY(!find("recordings")->property("visible").toBool());
+}
+
 void TestViewerWindow::key_changesCamera()
 {
     open({ QStringLiteral("pattern:back"), QSize(), 0 });
@@ -237,6 +254,14 @@ void TestViewerWindow::keys_recordAndPlay()
     press(Qt::Key_Escape);
     QTRY_VERIFY(!item("playbackView")->isVisible());
     QTRY_VERIFY(reading());
+
+    QFile damaged(files.first());
+    QVERIFY(damaged.open(QFile::WriteOnly));
+    QVERIFY(damaged.write("This is no video.") > 0);
+    damaged.close();
+    press(Qt::Key_L);
+    QTRY_VERIFY(!textOf("playbackProblem").isEmpty());
+    QVERIFY(!item("playback")->isVisible()); // nothing of what played before
 }
 
 void TestViewerWindow::recording_isCompleted_whenWindowIsClosed()
@@ -304,6 +329,26 @@ void TestViewerWindow::camera_thatIsPluggedIn_isOffered_andUnplugged_isToldOf()
     QVERIFY(QMetaObject::invokeMethod(find("problemAction"), "clicked"));
     QTRY_VERIFY(reading());
     QCOMPARE(textOf("problem"), QString());
+}
+
+void TestViewerWindow::message_hasRoomForItsWords_onPhone()
+{
+    const QString kept = m_media.filePath(QStringLiteral("one.mkv"));
+    const QString file = m_cameras.filePath(QStringLiteral("one.mkv"));
+    QVERIFY(QFile::rename(kept, file));
+    open({ QStringLiteral("file:") + QFileInfo(file).canonicalFilePath(), QSize(), 0 },
+         QSize(360, 640));
+    QTRY_VERIFY(item("photoButton")->isEnabled());
+    QVERIFY(QFile::rename(file, kept));
+    QTRY_VERIFY(!textOf("problem").isEmpty());
+    const QQuickItem *const words = item("problemText");
+    const QQuickItem *const action = item("problemAction");
+    QVERIFY(action->isVisible());
+    QTRY_VERIFY(words->width() > 250);
+    QVERIFY(item("problem")->contains(
+            action->mapToItem(item("problem"), action->boundingRect().bottomRight())));
+    QVERIFY(!words->mapRectToScene(words->boundingRect())
+                     .intersects(action->mapRectToScene(action->boundingRect())));
 }
 
 void TestViewerWindow::camera_thatIsNotThere_isToldOf_andAnotherShown()

@@ -73,6 +73,8 @@ FocusScope {
         if (!isPresent)
             return
         recorder.stop()
+        if (!isStreaming)
+            settings.clear() // nothing comes in the size that was chosen
         problem.show(sentence(cameraName + ": " + text), "Try again")
     }
 

@@ -19,7 +19,8 @@ RowLayout {
     Label {
         Layout.preferredWidth: 96
         text: choice.name
-        opacity: 0.8
+        color: "#ffffff" // also where nothing can be chosen
+        opacity: enabled ? 0.8 : 0.6
     }
     ComboBox {
         id: box

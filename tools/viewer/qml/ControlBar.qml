@@ -52,7 +52,7 @@ Rectangle {
         name: "Next camera"
         key: "C"
         icon.source: "icons/switch.svg"
-        enabled: bar.view.cameras.count > 1 && !bar.view.recorder.active
+        enabled: bar.view.cameras.count > (bar.view.isPresent ? 1 : 0) && !bar.view.recorder.active
         onClicked: bar.view.openNext()
     }
 }

@@ -18,7 +18,15 @@ Dialog {
     Overlay.modal: Rectangle {
         color: "#80000000"
     }
-    standardButtons: Dialog.Close
+    footer: DialogButtonBox {
+        Button {
+            text: "Close"
+            flat: true
+            highlighted: true
+            font.capitalization: Font.MixedCase
+            DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
+        }
+    }
 
     GridLayout {
         columns: 2

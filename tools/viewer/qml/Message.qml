@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 import QtQuick 2.15
 import QtQuick.Controls 2.15
-import QtQuick.Layouts 1.15
 
 // A line over the picture: an error, which stays, or a notice, which goes by itself.
 Rectangle {
@@ -11,6 +10,9 @@ Rectangle {
     property string text
     property string action
     property string subject // of the action
+    // Where it would leave the words too little room
+    readonly property bool isActionBelow: button.visible && button.implicitWidth > width * 0.4
+    readonly property real wordsHeight: Math.max(words.implicitHeight + 16, closeButton.implicitHeight)
 
     signal acted
 
@@ -27,7 +29,7 @@ Rectangle {
     }
 
     visible: false
-    implicitHeight: row.implicitHeight + 8
+    implicitHeight: wordsHeight + (isActionBelow ? button.implicitHeight : 0) + 8
     radius: 6
     color: isError ? "#f05c2226" : "#e0303030"
     border.color: isError ? "#e5484d" : "#505050"
@@ -40,36 +42,36 @@ Rectangle {
         onTriggered: message.hide()
     }
 
-    RowLayout {
-        id: row
-        anchors.fill: parent
-        anchors.leftMargin: 14
-        anchors.rightMargin: 2
-        spacing: 4
-
-        Label {
-            Layout.fillWidth: true
-            Layout.topMargin: 8
-            Layout.bottomMargin: 8
-            text: message.text
-            wrapMode: Text.Wrap
+    Label {
+        id: words
+        objectName: message.objectName + "Text"
+        x: 14
+        y: 4 + (message.wordsHeight - height) / 2
+        width: (message.isActionBelow || !button.visible ? closeButton.x : button.x) - x - 4
+        text: message.text
+        wrapMode: Text.Wrap
+    }
+    Button {
+        id: button
+        objectName: message.objectName + "Action"
+        x: (message.isActionBelow ? message.width : closeButton.x) - width - 4
+        y: 4 + (message.isActionBelow ? message.wordsHeight : (message.wordsHeight - height) / 2)
+        visible: message.action !== ""
+        text: message.action
+        flat: true
+        highlighted: true
+        font.capitalization: Font.MixedCase
+        onClicked: {
+            message.hide()
+            message.acted()
         }
-        Button {
-            objectName: message.objectName + "Action"
-            visible: message.action !== ""
-            text: message.action
-            flat: true
-            highlighted: true
-            font.capitalization: Font.MixedCase
-            onClicked: {
-                message.hide()
-                message.acted()
-            }
-        }
-        IconButton {
-            name: "Close"
-            icon.source: "icons/close.svg"
-            onClicked: message.hide()
-        }
+    }
+    IconButton {
+        id: closeButton
+        x: message.width - width - 2
+        y: 4 + (message.wordsHeight - height) / 2
+        name: "Close"
+        icon.source: "icons/close.svg"
+        onClicked: message.hide()
     }
 }

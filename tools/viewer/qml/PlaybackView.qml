@@ -40,7 +40,7 @@ FocusScope {
 
     Player {
         id: videoPlayer
-        onFailed: problem.show(error.charAt(0).toUpperCase() + error.slice(1) + ".", "Play again")
+        onFailed: problem.show(error.charAt(0).toUpperCase() + error.slice(1) + ".", "Try again")
     }
 
     FrameMeter {
@@ -114,6 +114,7 @@ FocusScope {
                 source: videoPlayer
                 filters: [frameMeter]
                 flushMode: VideoOutput.LastFrame
+                visible: videoPlayer.details !== "" // else that is the last one of another file
             }
 
             ColumnLayout {

@@ -11,7 +11,7 @@ Drawer {
 
     edge: isNarrow ? Qt.BottomEdge : Qt.RightEdge
     width: isNarrow ? parent.width : 340
-    height: isNarrow ? Math.min(parent.height * 0.62, 460) : parent.height
+    height: isNarrow ? Math.min(parent.height * 0.66, 460) : parent.height
     modal: isNarrow
     dim: false
     dragMargin: 0 // opened by its button and key alone
@@ -19,5 +19,6 @@ Drawer {
     background: Rectangle {
         color: "#2b2b2b"
     }
-    closePolicy: isNarrow ? Popup.CloseOnEscape | Popup.CloseOnPressOutside : Popup.CloseOnEscape
+    // One that closes itself by Esc keeps the window's keys from working, that one included.
+    closePolicy: isNarrow ? Popup.CloseOnEscape | Popup.CloseOnPressOutside : Popup.NoAutoClose
 }
