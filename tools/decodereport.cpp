@@ -41,14 +41,12 @@ DecodeReport DecodeReport::of(const FilePlayer &player, const QString &file,
 
 QString toText(const DecodeReport &report)
 {
-    QString text = QStringLiteral("%1: %2 %3x%4: %5 pictures in, %6 out, %7 lost; %8 pictures/s")
-                           .arg(report.file, codecName(report.codec))
-                           .arg(report.size.width())
-                           .arg(report.size.height())
-                           .arg(report.pictures)
-                           .arg(report.counts.pictures)
-                           .arg(report.lost)
-                           .arg(report.rate, 0, 'f', 1);
+    QString text =
+            QStringLiteral("%1: %2 %3x%4: %5 pictures in, %6 out, %7 lost; %8 pictures/s")
+                    .arg(report.file, codecName(report.codec), QString::number(report.size.width()),
+                         QString::number(report.size.height()), QString::number(report.pictures),
+                         QString::number(report.counts.pictures), QString::number(report.lost),
+                         QString::number(report.rate, 'f', 1));
     const LatencyHistogram &times = report.counts.times;
     if (times.count() > 0) {
         text += QStringLiteral("; to the surface in mean %1 ms, median %2 ms, max %3 ms")

@@ -159,8 +159,7 @@ int EncodeCommand::close()
     if (m_reader->damaged() > 0) {
         m_exitCode = Failure;
         printError(QStringLiteral("%1: is damaged in %2 places")
-                           .arg(m_options.input)
-                           .arg(m_reader->damaged()));
+                           .arg(m_options.input, QString::number(m_reader->damaged())));
     }
     if (m_report.written.units == 0)
         return m_exitCode;

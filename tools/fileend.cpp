@@ -36,9 +36,8 @@ QString FileEnd::missing(const QString &path) const
     const double tolerance = qMax(2 * m_period, 5e5);
     if (m_duration > 0 && double(m_end) + tolerance < double(m_duration))
         return QStringLiteral("%1: is cut off after %2 s of %3 s")
-                .arg(path)
-                .arg(double(m_end) / 1e6, 0, 'f', 2)
-                .arg(double(m_duration) / 1e6, 0, 'f', 2);
+                .arg(path, QString::number(double(m_end) / 1e6, 'f', 2),
+                     QString::number(double(m_duration) / 1e6, 'f', 2));
     return m_isCut ? QStringLiteral("%1: is cut off within a picture").arg(path) : QString();
 }
 

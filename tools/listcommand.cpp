@@ -134,8 +134,8 @@ QString toText(const CodecDescription &codec, const QString &kind)
     return QStringLiteral("%1  %2 for %3\n    %4, at most %5 at once")
             .arg(codec.id, kind, codec.type.isEmpty() ? QStringLiteral("?") : codec.type,
                  codec.isHardwareAccelerated ? QStringLiteral("hardware")
-                                             : QStringLiteral("software"))
-            .arg(codec.maxInstances);
+                                             : QStringLiteral("software"),
+                 QString::number(codec.maxInstances));
 }
 
 /*! Opens each camera in turn; false where one does not. */

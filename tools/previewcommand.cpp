@@ -124,10 +124,9 @@ void PreviewCommand::openWindow()
     const QSize size = m_report.settings.resolution();
     m_window = std::make_unique<PreviewWindow>(&m_surface);
     m_window->setTitle(QStringLiteral("%1, %2x%3 at %4 fps")
-                               .arg(m_options.camera)
-                               .arg(size.width())
-                               .arg(size.height())
-                               .arg(m_report.settings.maximumFrameRate()));
+                               .arg(m_options.camera, QString::number(size.width()),
+                                    QString::number(size.height()),
+                                    QString::number(m_report.settings.maximumFrameRate())));
     connect(m_window.get(), &PreviewWindow::closed, this, [this] { finish(Success); });
     connect(&m_surface, &PreviewSurface::pictureTaken, m_window.get(),
             [this] { m_window->update(); });
@@ -155,9 +154,9 @@ void PreviewCommand::onTick()
     m_idleTicks = presented == m_presentedAtTick ? m_idleTicks + 1 : 0;
     m_presentedAtTick = presented;
     if (m_idleTicks >= MaxIdleTicks) {
-        finish(Failure, QStringLiteral("camera %1 has delivered no picture for %2 s")
-                                .arg(m_options.camera)
-                                .arg(MaxIdleTicks * TickInterval / 1000));
+        finish(Failure,
+               QStringLiteral("camera %1 has delivered no picture for %2 s")
+                       .arg(m_options.camera, QString::number(MaxIdleTicks * TickInterval / 1000)));
         return;
     }
     ++m_ticks;

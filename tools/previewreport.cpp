@@ -20,10 +20,9 @@ QString deviceText(const PreviewReport &report)
 {
     const PreviewReport::Device &device = *report.device;
     QString text = QStringLiteral("; device: %1, asked for %2 fps, negotiated %3, measured %4")
-                           .arg(device.format)
-                           .arg(report.settings.maximumFrameRate())
-                           .arg(device.negotiated, 0, 'f', 2)
-                           .arg(device.measured, 0, 'f', 2);
+                           .arg(device.format, QString::number(report.settings.maximumFrameRate()),
+                                QString::number(device.negotiated, 'f', 2),
+                                QString::number(device.measured, 'f', 2));
     const bool isLowered = device.measured > 0 && device.measured < Lowered * device.negotiated;
     if (isLowered && !device.loweringControl.isEmpty())
         text += QStringLiteral(", lowered by its automatic exposure (control \"%1\")")
@@ -47,13 +46,10 @@ QString toText(const PreviewReport &report)
         counts = QStringLiteral("presented %1").arg(report.presented);
     }
     QString text = QStringLiteral("%1 %2x%3 %4 at %5 fps: %6; %7 pictures/s")
-                           .arg(report.camera)
-                           .arg(report.size.width())
-                           .arg(report.size.height())
-                           .arg(report.format)
-                           .arg(report.settings.maximumFrameRate())
-                           .arg(counts)
-                           .arg(report.rate, 0, 'f', 2);
+                           .arg(report.camera, QString::number(report.size.width()),
+                                QString::number(report.size.height()), report.format,
+                                QString::number(report.settings.maximumFrameRate()), counts,
+                                QString::number(report.rate, 'f', 2));
     if (report.latencies.count() > 0) {
         text += QStringLiteral("; latency mean %1 ms, median %2 ms, 99% %3 ms, max %4 ms")
                         .arg(milliseconds(report.latencies.mean()),

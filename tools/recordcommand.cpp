@@ -49,11 +49,8 @@ std::optional<RecordingSettings> recordingSettings(const EncodingOptions &option
 QString sizeChange(const QString &file, QSize before, QSize after)
 {
     return QStringLiteral("%1: the pictures change from %2x%3 to %4x%5, which one file cannot hold")
-            .arg(file)
-            .arg(before.width())
-            .arg(before.height())
-            .arg(after.width())
-            .arg(after.height());
+            .arg(file, QString::number(before.width()), QString::number(before.height()),
+                 QString::number(after.width()), QString::number(after.height()));
 }
 
 RecordCommand::RecordCommand(const RecordOptions &options, QObject *parent)
@@ -223,9 +220,9 @@ void RecordCommand::onTick()
     m_idleTicks = m_taken == m_takenAtTick ? m_idleTicks + 1 : 0;
     m_takenAtTick = m_taken;
     if (m_idleTicks >= MaxIdleTicks) {
-        finish(Failure, QStringLiteral("camera %1 has delivered no picture for %2 s")
-                                .arg(m_options.camera)
-                                .arg(MaxIdleTicks * TickInterval / 1000));
+        finish(Failure,
+               QStringLiteral("camera %1 has delivered no picture for %2 s")
+                       .arg(m_options.camera, QString::number(MaxIdleTicks * TickInterval / 1000)));
         return;
     }
     ++m_ticks;

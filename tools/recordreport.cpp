@@ -27,14 +27,13 @@ double RecordReport::bitRate() const
 QString toText(const RecordReport &report)
 {
     QString text = QStringLiteral("%1: %2 %3x%4 from %5: %6 pictures, %7 s, %8 kbit/s, %9 dropped")
-                           .arg(report.file(), codecName(report.settings.codec))
-                           .arg(report.size().width())
-                           .arg(report.size().height())
-                           .arg(report.source)
-                           .arg(report.written.units)
-                           .arg(report.seconds(), 0, 'f', 2)
-                           .arg(report.bitRate() / 1000, 0, 'f', 0)
-                           .arg(report.dropped);
+                           .arg(report.file(), codecName(report.settings.codec),
+                                QString::number(report.size().width()),
+                                QString::number(report.size().height()), report.source,
+                                QString::number(report.written.units),
+                                QString::number(report.seconds(), 'f', 2),
+                                QString::number(report.bitRate() / 1000, 'f', 0),
+                                QString::number(report.dropped));
     if (report.missing)
         text += QStringLiteral(", %1 missing").arg(*report.missing);
     if (report.speed)

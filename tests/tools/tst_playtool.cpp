@@ -31,6 +31,7 @@ private slots:
     void play_tellsOfNoDisplay_onlyWhereItPlays();
     void commands_refuseWhatCannotBe_data();
     void commands_refuseWhatCannotBe();
+    void reports_nameFilesAsTheyAre();
     void verify_findsNothing_inAGoodRecording_data();
     void verify_findsNothing_inAGoodRecording();
     void verify_findsLostAndRepeatedPictures();
@@ -300,6 +301,31 @@ void PlayToolTest::commands_refuseWhatCannotBe()
     QVERIFY2(result.errors.contains(error), result.errors.constData());
     QVERIFY2(result.errors.count('\n') == 1, result.errors.constData()); // and no note with it
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), before);
+}
+
+// As a download may be called.
+void PlayToolTest::reports_nameFilesAsTheyAre()
+{
+    const QString in = path("a%3A%20b%1%2%9.mkv");
+    const QString out = path("out%1%5%9.mkv");
+    QVERIFY(patternVideo(10).write(path("plain.mkv")));
+    QVERIFY(QFile::rename(path("plain.mkv"), in));
+    for (const char *command : { "play", "verify" }) {
+        const ToolResult read = ToolProcess::run({ command, in });
+        const QString begin = in + ": h264 320x240: 10 pictures in, 10 out, 0 lost; ";
+        QVERIFY2(read.output.startsWith(begin.toLocal8Bit()), read.output.constData());
+    }
+    for (const char *command : { "transcode", "encode" }) {
+        const ToolResult written = ToolProcess::run({ command, in, out, "--force" });
+        const QString begin = out + ": h264 320x240 from " + in + ": 10 pictures, 0.33 s, ";
+        QVERIFY2(written.output.startsWith(begin.toLocal8Bit()), written.output.constData());
+    }
+    QVERIFY(patternVideo(90).write(path("plain.mkv")));
+    QFile file(path("plain.mkv"));
+    QVERIFY(file.resize(file.size() / 2));
+    QVERIFY(file.rename(path("cut%2%3.mkv")));
+    const ToolResult cut = ToolProcess::run({ "play", path("cut%2%3.mkv"), "--rate", "max" });
+    QVERIFY2(cut.errors.contains("cut%2%3.mkv: is cut off after "), cut.errors.constData());
 }
 
 void PlayToolTest::verify_findsNothing_inAGoodRecording_data()

@@ -14,6 +14,7 @@ private slots:
     void loweringControl_isNamed_whereItLowersTheRate_data();
     void loweringControl_isNamed_whereItLowersTheRate();
     void noDevice_isToldOfACameraThatIsNone();
+    void camera_isNamedAsItIs();
 };
 
 namespace {
@@ -74,6 +75,16 @@ void PreviewReportTest::noDevice_isToldOfACameraThatIsNone()
     shown.device.reset();
     QVERIFY(!toText(shown).contains("device"));
     QVERIFY(!toJson(shown).contains("device"));
+}
+
+void PreviewReportTest::camera_isNamedAsItIs()
+{
+    PreviewReport shown = report();
+    shown.camera = QStringLiteral("v4l2:100%2_%7");
+    shown.size = QSize(640, 480);
+    shown.format = QStringLiteral("nv12");
+    const QString text = toText(shown);
+    QVERIFY2(text.startsWith("v4l2:100%2_%7 640x480 nv12 at 30 fps: "), qPrintable(text));
 }
 
 QTEST_GUILESS_MAIN(PreviewReportTest)

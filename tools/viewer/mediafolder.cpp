@@ -23,7 +23,8 @@ QString newFileName(QStandardPaths::StandardLocation location, const QString &su
             QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH-mm-ss"));
     QString name = QStringLiteral("%1/Camera %2%3").arg(folder, time, suffix);
     for (int number = 2; QFileInfo::exists(name); ++number)
-        name = QStringLiteral("%1/Camera %2 (%3)%4").arg(folder, time).arg(number).arg(suffix);
+        name = QStringLiteral("%1/Camera %2 (%3)%4")
+                       .arg(folder, time, QString::number(number), suffix);
     return name;
 }
 
