@@ -245,7 +245,7 @@ int StreamReader::fieldsOf(const AVPacket &packet)
     const auto *const data = packet.data;
     if (m_properties.codec == VideoCodec::VP8 || m_properties.codec == VideoCodec::VP9)
         return isShown(m_properties.codec, data, std::size_t(packet.size)) ? whole : 0;
-    if (!m_parser)
+    if (m_properties.codec == VideoCodec::H265 || !m_parser) // H.265's fields are pictures
         return whole;
     std::uint8_t *parsed = nullptr;
     int size = 0;

@@ -23,6 +23,7 @@ private slots:
     void units_areReadFromEveryKindOfFile();
     void reorderedPictures_haveTheirTimes();
     void hiddenFrames_areNotCountedAsPictures();
+    void fieldsOfH265_areCountedAsPictures();
     void cutFile_isToldOf_data();
     void cutFile_isToldOf();
     void unrecognisedStream_needsItsCodec();
@@ -145,6 +146,20 @@ void StreamReaderTest::hiddenFrames_areNotCountedAsPictures()
     for (const StreamUnit &unit : units)
         fields += unit.fields;
     QCOMPARE(fields, 2 * 100);
+}
+
+// Unlike those of H.264, each comes out of the decoder by itself.
+void StreamReaderTest::fieldsOfH265_areCountedAsPictures()
+{
+    QVERIFY(makeVideo(path("v.h265"),
+                      { "-c:v", "libx265", "-x265-params", "interlace=tff:log-level=none" }));
+    QString error;
+    const auto reader = StreamReader::open(path("v.h265"), std::nullopt, &error);
+    QVERIFY2(reader, qPrintable(error));
+    const QList<StreamUnit> units = readAll(reader.get());
+    QCOMPARE(units.size(), Pictures);
+    for (const StreamUnit &unit : units)
+        QCOMPARE(unit.fields, 2);
 }
 
 void StreamReaderTest::cutFile_isToldOf_data()
