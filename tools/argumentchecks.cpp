@@ -68,6 +68,8 @@ std::string snapshotProblem(const std::string &text)
         return "\"" + text + "\" does not end in a known image format, like .png";
     if (!file.dir().exists())
         return "the folder of \"" + text + "\" does not exist";
+    if (file.isDir())
+        return "\"" + text + "\" is a folder";
     return {};
 }
 

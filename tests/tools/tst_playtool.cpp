@@ -267,6 +267,9 @@ void PlayToolTest::commands_refuseWhatCannotBe_data()
                           << QByteArray("--rate");
     QTest::newRow("snapshot") << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/a.txt" }
                               << QByteArray("does not end in a known image format");
+    QTest::newRow("snapshot as a folder")
+            << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/folder.png" }
+            << QByteArray("folder.png\" is a folder");
     QTest::newRow("container") << QStringList { "transcode", "%1/in.mkv", "%1/out.webm", "--codec",
                                                 "h264" }
                                << QByteArray("WebM files cannot hold h264, only vp8 and vp9");
@@ -291,6 +294,7 @@ void PlayToolTest::commands_refuseWhatCannotBe()
     QFile text(path("text.mkv"));
     QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no video") > 0);
     text.close();
+    QVERIFY(QDir(m_folder->path()).mkdir("folder.png"));
     QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
                                            "anullsrc", "-t", "1", path("sound.mkv") }),
              0);
