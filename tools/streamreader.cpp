@@ -107,6 +107,8 @@ bool StreamReader::openInput(const char *demuxer, QString *error)
     int code = avformat_open_input(&m_container, url.constData(), format, nullptr);
     if (code >= 0)
         code = avformat_find_stream_info(m_container, nullptr);
+    if (code >= 0 && m_container->pb && avio_size(m_container->pb) == 0)
+        code = AVERROR_INVALIDDATA; // which a name alone made a stream
     if (code < 0)
         *error = avErrorText(code);
     return code >= 0;

@@ -270,6 +270,11 @@ void PlayToolTest::commands_refuseWhatCannotBe_data()
     QTest::newRow("snapshot as a folder")
             << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/folder.png" }
             << QByteArray("folder.png\" is a folder");
+    QTest::newRow("empty stream") << QStringList { "play", "%1/empty.h264" }
+                                  << QByteArray("empty.h264: Invalid data found");
+    QTest::newRow("empty stream to encode")
+            << QStringList { "encode", "%1/empty.h264", "%1/out.mkv" }
+            << QByteArray("empty.h264: Invalid data found");
     QTest::newRow("container") << QStringList { "transcode", "%1/in.mkv", "%1/out.webm", "--codec",
                                                 "h264" }
                                << QByteArray("WebM files cannot hold h264, only vp8 and vp9");
@@ -294,6 +299,8 @@ void PlayToolTest::commands_refuseWhatCannotBe()
     QFile text(path("text.mkv"));
     QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no video") > 0);
     text.close();
+    QFile empty(path("empty.h264"));
+    QVERIFY(empty.open(QIODevice::WriteOnly));
     QVERIFY(QDir(m_folder->path()).mkdir("folder.png"));
     QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
                                            "anullsrc", "-t", "1", path("sound.mkv") }),
