@@ -125,17 +125,31 @@ void Recording::end()
     stopIfDone();
 }
 
-/*! Stopping drops what is queued, so it has to wait for the last unit. */
+/*!
+ * Stopping drops what is queued, so it has to wait for the last unit. And for the encoder to start:
+ * a stop that overtakes the start leaves nothing that could tell of its end.
+ */
 void Recording::stopIfDone()
 {
-    if (!m_isEnding || (waiting() > 0 && !m_hasFailed))
+    if (!m_isEnding || m_isStopping || (waiting() > 0 && !m_hasFailed))
         return;
+    if (m_isStarted && !m_isReady && !m_hasFailed)
+        return;
+    m_isStopping = true;
+    if (m_isStarted)
+        m_control->stop();
+    if (!m_isStarted || m_control->status() == QPVEncoder::UnloadedStatus)
+        QMetaObject::invokeMethod(this, &Recording::onStopped, Qt::QueuedConnection);
+}
+
+void Recording::onStopped()
+{
+    if (m_hasEnded)
+        return;
+    m_hasEnded = true;
+    m_isStarted = false;
     m_stalled.stop();
-    if (!m_isStarted) {
-        QMetaObject::invokeMethod(this, &Recording::ended, Qt::QueuedConnection);
-        return;
-    }
-    m_control->stop();
+    emit ended();
 }
 
 bool Recording::close(QString *error)
@@ -145,12 +159,14 @@ bool Recording::close(QString *error)
 
 void Recording::onStatusChanged(QPVEncoder::Status status)
 {
-    if (status == QPVEncoder::StartingStatus && !m_isEnding)
-        emit started();
-    if (status == QPVEncoder::UnloadedStatus && m_isEnding) {
-        m_isStarted = false;
-        emit ended();
+    if (status == QPVEncoder::StartingStatus) {
+        m_isReady = true;
+        if (!m_isEnding)
+            emit started();
+        stopIfDone();
     }
+    if (status == QPVEncoder::UnloadedStatus && m_isEnding)
+        onStopped();
 }
 
 void Recording::onUnitWritten()
@@ -163,7 +179,16 @@ void Recording::onUnitWritten()
 
 void Recording::onStalled()
 {
-    fail(QStringLiteral("the encoder has kept the last %1 pictures").arg(waiting()));
+    if (m_isStopping) {
+        fail(QStringLiteral("the encoder does not stop"));
+        onStopped(); // as far as it goes
+        return;
+    }
+    m_stalled.start(); // for the stop
+    if (m_isReady)
+        fail(QStringLiteral("the encoder has kept the last %1 pictures").arg(waiting()));
+    else
+        fail(QStringLiteral("the encoder does not start"));
 }
 
 void Recording::fail(const QString &error)

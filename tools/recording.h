@@ -56,7 +56,7 @@ public:
     bool start(const RecordingSettings &settings, QString *error);
     /*! False where the encoder does not keep up: the picture is not taken, and counted as refused. */
     bool encode(const QVideoFrame &frame);
-    /*! Has the rest encoded and stops; ended() follows. */
+    /*! Has the rest encoded and stops; ended() follows, whatever the encoder does. */
     void end();
     /*! After ended(): completes the file. */
     bool close(QString *error);
@@ -76,6 +76,7 @@ private:
     void onStatusChanged(QPVEncoder::Status status);
     void onUnitWritten();
     void onStalled();
+    void onStopped();
     void fail(const QString &error);
     void stopIfDone();
 
@@ -87,11 +88,14 @@ private:
 
     VideoFileWriter m_writer;
     FileSink m_sink { &m_writer }; // borrowed by the service
-    QTimer m_stalled;              // while the rest is encoded
+    QTimer m_stalled;              // from end() to ended()
     qint64 m_accepted = 0;         // pictures
     qint64 m_refused = 0;
-    bool m_isStarted = false;
-    bool m_isEnding = false;
+    bool m_isStarted = false;  // the encoder is to be stopped
+    bool m_isReady = false;    // it has started
+    bool m_isEnding = false;   // end() was called
+    bool m_isStopping = false; // and all is done but the stop
+    bool m_hasEnded = false;
     bool m_hasFailed = false;
 };
 
