@@ -9,8 +9,7 @@ QVideoFrame cropped(const QVideoFrame &frame, const QRect &viewport)
     const QRect part = viewport & whole;
     const bool isKnown = frame.pixelFormat() == QVideoFrame::Format_NV12 ||
                          frame.pixelFormat() == QVideoFrame::Format_YUV420P;
-    const bool isEven = part.left() % 2 == 0 && part.top() % 2 == 0;
-    if (!isKnown || part.isEmpty() || part == whole || !isEven)
+    if (!isKnown || part.isEmpty() || part == whole)
         return frame;
     QVideoFrame result(new CroppedVideoBuffer(frame, part), part.size(), frame.pixelFormat());
     result.setStartTime(frame.startTime());
@@ -33,7 +32,8 @@ int CroppedVideoBuffer::map(MapMode mode, int *numBytes, int bytesPerLine[4], uc
     for (int plane = 0; plane < planes; ++plane) {
         const int stride = m_frame.bytesPerLine(plane);
         const int lines = plane == 0 ? m_part.top() : m_part.top() / 2;
-        const int bytes = plane == 0 || isInterleaved ? m_part.left() : m_part.left() / 2;
+        const int samples = plane == 0 ? m_part.left() : m_part.left() / 2;
+        const int bytes = plane > 0 && isInterleaved ? 2 * samples : samples;
         bytesPerLine[plane] = stride;
         data[plane] = m_frame.bits(plane) + qint64(lines) * stride + bytes;
     }

@@ -9,7 +9,8 @@ namespace Tool {
 
 /*!
  * \a frame, or the part of it that \a viewport tells, in place. Of NV12 and YUV420P, whose chroma
- * begins at even pixels; any other frame is given back as it is.
+ * is that of two by two pixels: where the part begins with the second one, its chroma begins half a
+ * sample early. Any other frame is given back as it is.
  */
 QVideoFrame cropped(const QVideoFrame &frame, const QRect &viewport);
 
@@ -30,7 +31,7 @@ public:
 
 private:
     QVideoFrame m_frame;
-    const QRect m_part; // within the frame, begins at even pixels
+    const QRect m_part; // within the frame
 };
 
 } // namespace Tool

@@ -21,6 +21,7 @@ private slots:
     void transcode_keepsTheTimes();
     void transcode_isNoSlower_withABareStream();
     void transcode_endsWell_whenInterrupted();
+    void transcode_leavesOutWhatIsCropped();
     void transcode_tellsOfPicturesThatChangeTheirSize();
 
 private:
@@ -117,6 +118,33 @@ void TranscodeToolTest::transcode_endsWell_whenInterrupted()
     QCOMPARE(written.packets, pictures);
     for (int i = 0; i < pictures; ++i)
         QCOMPARE(written.numbers.value(i, -2), i % 40);
+}
+
+// Where that begins at an odd pixel, as only pictures with whole chroma tell it.
+void TranscodeToolTest::transcode_leavesOutWhatIsCropped()
+{
+    QCOMPARE(QProcess::execute("ffmpeg",
+                               { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+                                 "testsrc=s=320x240:r=30,format=yuv444p", "-frames:v", "12", "-c:v",
+                                 "libx264", "-qp", "10", "-bsf:v",
+                                 "h264_metadata=crop_left=3:crop_right=1:crop_top=5:crop_bottom=1",
+                                 path("in.h264") }),
+             0);
+    const ToolResult result =
+            ToolProcess::run({ "transcode", path("in.h264"), path("out.mkv"), "--bitrate", "8M" });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QVERIFY2(result.output.contains(" 316x234 from "), result.output.constData());
+    QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+                                           "testsrc=s=320x240:r=30,format=yuv444p,crop=316:234:3:5,"
+                                           "format=yuv420p",
+                                           "-frames:v", "12", "-c:v", "ffv1", path("due.mkv") }),
+             0);
+    const RecordedVideo due = RecordedVideo::read(path("due.mkv"));
+    const RecordedVideo written = RecordedVideo::read(path("out.mkv"));
+    QCOMPARE(written.size, QSize(316, 234));
+    QCOMPARE(written.packets, 12);
+    const double decibels = psnr(due.pictures.back().y, written.pictures.back().y);
+    QVERIFY2(decibels > 45, qPrintable(QString::number(decibels)));
 }
 
 void TranscodeToolTest::transcode_tellsOfPicturesThatChangeTheirSize()

@@ -11,6 +11,7 @@ class YuvPictureTest : public QObject
 private slots:
     void sameSamples_areEqual_inBothLayouts();
     void error_isCountedOverAllPlanes();
+    void viewport_isCutOut_data();
     void viewport_isCutOut();
     void otherFormats_giveNoPicture();
     void psnr_isThatOfTheMeanError();
@@ -67,9 +68,18 @@ void YuvPictureTest::error_isCountedOverAllPlanes()
     QCOMPARE(whole.squaredErrorTo(chroma), std::uint64_t(100));
 }
 
+void YuvPictureTest::viewport_isCutOut_data()
+{
+    QTest::addColumn<QRect>("part");
+    QTest::newRow("even") << QRect(4, 2, 6, 4);
+    QTest::newRow("odd column") << QRect(3, 2, 6, 4);
+    QTest::newRow("odd line") << QRect(4, 1, 6, 4);
+    QTest::newRow("odd, to the last pixel") << QRect(1, 1, 15, 7);
+}
+
 void YuvPictureTest::viewport_isCutOut()
 {
-    const QRect part(4, 2, 6, 4);
+    QFETCH(QRect, part);
     for (const auto format : { QVideoFrame::Format_YUV420P, QVideoFrame::Format_NV12 }) {
         const YuvPicture cut(frameOf(format), part);
         QCOMPARE(cut.size(), part.size());
