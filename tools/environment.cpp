@@ -67,9 +67,20 @@ QString ownPluginFolder()
 
 void addPluginFolder()
 {
-    const QString path = ownPluginFolder();
-    if (!path.isEmpty())
-        QCoreApplication::addLibraryPath(path);
+    const QString path = QFileInfo(ownPluginFolder()).canonicalFilePath(); // as Qt has them
+    QStringList paths = QCoreApplication::libraryPaths();
+    if (path.isEmpty() || paths.contains(path))
+        return;
+    // Qt has those of QT_PLUGIN_PATH in front of its own.
+    QStringList wanted;
+    for (const QString &folder :
+         qEnvironmentVariable("QT_PLUGIN_PATH").split(QDir::listSeparator(), Qt::SkipEmptyParts))
+        wanted.append(QDir(folder).canonicalPath());
+    int place = 0;
+    while (place < paths.size() && wanted.contains(paths.at(place)))
+        ++place;
+    paths.insert(place, path);
+    QCoreApplication::setLibraryPaths(paths);
 }
 
 bool hasDisplay()

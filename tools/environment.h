@@ -13,7 +13,7 @@ void prepareEnvironment(bool prefersOurs = true);
 
 /*!
  * After it: adds this project's plugin folder, found from the program's own place in the build tree
- * or in the installed one.
+ * or in the installed one, behind those of QT_PLUGIN_PATH and before Qt's own.
  */
 void addPluginFolder();
 

@@ -20,6 +20,7 @@ private slots:
     void list_leavesOutTheCamerasOfOtherPlugins();
     void commands_tellOfAMissingPlugin_data();
     void commands_tellOfAMissingPlugin();
+    void pluginOfTheEnvironment_comesFirst();
     void list_tellsThatItsOutputIsLost();
     void wrongArguments_areExplained();
 };
@@ -169,6 +170,21 @@ void ListToolTest::commands_tellOfAMissingPlugin()
     QVERIFY(process.exitCode() > 0);
     const QByteArray errors = process.readAllStandardError();
     QVERIFY2(errors.contains("there is no plugin libocellebackend.so in /"), errors);
+}
+
+void ListToolTest::pluginOfTheEnvironment_comesFirst()
+{
+    const QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("mediaservice")));
+    const QString path = folder.filePath(QStringLiteral("mediaservice/libocellebackend.so"));
+    QFile broken(path);
+    QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("no plugin") > 0);
+    broken.close();
+    const ToolResult result = ToolProcess(QStringList { QStringLiteral("list") },
+                                          QStringLiteral("pattern"), folder.path())
+                                      .finish();
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.errors.contains(path.toUtf8()), result.errors);
 }
 
 void ListToolTest::list_tellsThatItsOutputIsLost()
