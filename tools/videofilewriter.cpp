@@ -8,6 +8,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -20,6 +23,25 @@ constexpr int LargestRateDenominator = 100000; // of the frame rate as a fractio
 QString systemError(int code)
 {
     return QString::fromLocal8Bit(std::strerror(code));
+}
+
+QString leftOver(const QString &part)
+{
+    return QStringLiteral("\"%1\" is there already, from a recording that goes on or did not end; "
+                          "delete it, or replace it with --force")
+            .arg(part);
+}
+
+/*! Why there cannot be a new file of that name; empty where there is one now. */
+QString creationProblem(const QString &file)
+{
+    constexpr mode_t mode = 0666; // less the umask
+    const int descriptor = ::open(QFile::encodeName(file).constData(),
+                                  O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (descriptor < 0)
+        return errno == EEXIST ? leftOver(file) : systemError(errno);
+    ::close(descriptor);
+    return QString();
 }
 
 } // namespace
@@ -41,9 +63,7 @@ QString VideoFileWriter::problem(const QString &file, bool replace)
     if (info.exists() || info.isSymLink())
         return QStringLiteral("\"%1\" exists already; --force replaces it").arg(file);
     if (QFileInfo::exists(file + partSuffix()))
-        return QStringLiteral("\"%1\" is there already, from a recording that did not end; --force "
-                              "replaces it")
-                .arg(file + partSuffix());
+        return leftOver(file + partSuffix());
     return QString();
 }
 
@@ -64,11 +84,17 @@ bool VideoFileWriter::open(const QString &file, const Format &format, bool repla
         return fail(QStringLiteral("its name ends in none of %1").arg(containerSuffixes()), error);
     if (replace)
         QFile::remove(partName()); // another program may be writing to it
+    // So that of two programs that begin at the same time one is told.
+    const QString problem = creationProblem(partName());
+    if (!problem.isEmpty())
+        return fail(problem, error);
     int code = avformat_alloc_output_context2(&m_container, nullptr, container->muxer, nullptr);
     if (code >= 0) {
         const QByteArray url = "file:" + QFile::encodeName(partName());
         code = avio_open(&m_container->pb, url.constData(), AVIO_FLAG_WRITE);
     }
+    if (code < 0)
+        QFile::remove(partName());
     return code >= 0 || fail(avErrorText(code), error);
 }
 

@@ -42,7 +42,7 @@ public:
     /*! Whether writing \a file would replace \a input, which is still to be read. */
     static bool replaces(const QString &file, const QString &input);
 
-    /*! Creates FILE.part. */
+    /*! Creates FILE.part; one that is there is refused, unless it is to be replaced. */
     bool open(const QString &file, const Format &format, bool replace, QString *error);
     /*! One picture; the first one is a key frame. A negative \a time is the one after the last. */
     bool write(const QByteArray &unit, qint64 time, bool keyFrame, QString *error);

@@ -93,6 +93,8 @@ private slots:
     void unitWithoutTime_comesOnePeriodLater();
     void existingFile_isReplacedOnlyWhenAskedTo();
     void existingFile_isKept_whenItCameMeanwhile();
+    void partOfAnotherWriter_isLeftAlone();
+    void partOfACrash_isReplacedWhenAskedTo();
     void problem_namesWhatSpeaksAgainstIt_data();
     void problem_namesWhatSpeaksAgainstIt();
     void write_fails_withoutParameterSets();
@@ -222,6 +224,37 @@ void VideoFileWriterTest::existingFile_isKept_whenItCameMeanwhile()
              qPrintable(m_error));
     QCOMPARE(QFileInfo(path("a.webm")).size(), 0);
     QCOMPARE(RecordedVideo::read(path("a.webm.part")).packets, 1);
+}
+
+void VideoFileWriterTest::partOfAnotherWriter_isLeftAlone()
+{
+    VideoFileWriter writer;
+    QVERIFY(writer.open(path("a.mkv"), format(VideoCodec::VP8), false, &m_error));
+    VideoFileWriter other; // as of a program that looked before the first had begun
+    QVERIFY(!other.open(path("a.mkv"), format(VideoCodec::VP8), false, &m_error));
+    QVERIFY2(m_error.contains("a.mkv.part\" is there already"), qPrintable(m_error));
+    QVERIFY2(m_error.contains("delete it, or replace it with --force"), qPrintable(m_error));
+    QString ignored;
+    QVERIFY(!other.close(&ignored));
+    QVERIFY(writer.write(units(VideoCodec::VP8, 1)[0].data, 0, true, &m_error));
+    QVERIFY2(writer.close(&m_error), qPrintable(m_error));
+    QCOMPARE(RecordedVideo::read(path("a.mkv")).packets, 1);
+}
+
+void VideoFileWriterTest::partOfACrash_isReplacedWhenAskedTo()
+{
+    QFile leftOver(path("a.mkv.part"));
+    QVERIFY(leftOver.open(QIODevice::WriteOnly) && leftOver.write("rest") == 4);
+    leftOver.close();
+    VideoFileWriter refused;
+    QVERIFY(!refused.open(path("a.mkv"), format(VideoCodec::VP8), false, &m_error));
+    QCOMPARE(QFileInfo(path("a.mkv.part")).size(), 4);
+    VideoFileWriter writer;
+    QVERIFY(writer.open(path("a.mkv"), format(VideoCodec::VP8), true, &m_error));
+    QVERIFY(writer.write(units(VideoCodec::VP8, 1)[0].data, 0, true, &m_error));
+    QVERIFY2(writer.close(&m_error), qPrintable(m_error));
+    QCOMPARE(RecordedVideo::read(path("a.mkv")).packets, 1);
+    QVERIFY(!QFileInfo::exists(path("a.mkv.part")));
 }
 
 void VideoFileWriterTest::problem_namesWhatSpeaksAgainstIt_data()
