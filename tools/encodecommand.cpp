@@ -57,6 +57,8 @@ bool EncodeCommand::prepare()
         m_report.settings.size = m_reader->properties().size;
         m_report.settings.rate = m_reader->properties().rate;
         m_report.settings.timeScale = m_reader->properties().timeScale;
+        m_report.settings.rotation =
+                turnToEncode(m_reader->properties().turn, settings->rotation, settings->mirrored);
         m_exitCode = Failure;
         if (QMediaServiceProviderPlugin *const backend = backendPlugin(&error)) {
             m_recording = std::make_unique<Recording>(backend);
@@ -67,6 +69,8 @@ bool EncodeCommand::prepare()
         printError(error);
     else
         m_exitCode = Success;
+    if (error.isEmpty() && !m_reader->properties().turn.isExact)
+        printNote(turnNote(m_options.input, m_reader->properties().turn));
     return error.isEmpty();
 }
 

@@ -55,6 +55,10 @@ int PlayCommand::run()
         printError(error);
         return isUsage ? Usage : Failure;
     }
+    const StoredTurn turn = m_player.stream().properties().turn;
+    m_surface.setTurn(turn.degrees);
+    if (!turn.isExact)
+        printNote(turnNote(m_options.file, turn));
     Interruption interruption;
     connect(&interruption, &Interruption::interrupted, this, [this] {
         m_isInterrupted = true;
@@ -87,7 +91,8 @@ void PlayCommand::openWindow()
     });
     connect(&m_surface, &PreviewSurface::pictureTaken, m_window.get(),
             [this] { m_window->update(); });
-    m_window->open(m_player.stream().properties().size);
+    const StreamReader::Properties &video = m_player.stream().properties();
+    m_window->open(video.turn.degrees % 180 == 0 ? video.size : video.size.transposed());
 }
 
 void PlayCommand::onTick()

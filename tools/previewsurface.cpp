@@ -3,6 +3,7 @@
 
 #include "frameimage.h"
 
+#include <QTransform>
 #include <QVideoSurfaceFormat>
 
 #include <chrono>
@@ -58,6 +59,12 @@ bool PreviewSurface::present(const QVideoFrame &frame)
 }
 
 QImage PreviewSurface::image(QSize size) const
+{
+    const QImage lying = imageBeforeTurn(m_turn % 180 == 0 ? size : size.transposed());
+    return m_turn == 0 ? lying : lying.transformed(QTransform().rotate(m_turn));
+}
+
+QImage PreviewSurface::imageBeforeTurn(QSize size) const
 {
     if (!m_frame.isValid())
         return QImage();

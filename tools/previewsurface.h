@@ -26,6 +26,9 @@ public:
     /*! Takes no more than \a pictures. */
     void setLimit(qint64 pictures) { m_limit = pictures; }
 
+    /*! Shows them turned by 0, 90, 180 or 270 \a degrees clockwise. */
+    void setTurn(int degrees) { m_turn = degrees; }
+
     QList<QVideoFrame::PixelFormat>
     supportedPixelFormats(QAbstractVideoBuffer::HandleType type) const override;
     bool present(const QVideoFrame &frame) override;
@@ -47,7 +50,10 @@ signals:
     void limitReached(); // from within present()
 
 private:
+    QImage imageBeforeTurn(QSize size) const;
+
     qint64 m_limit = -1;
+    int m_turn = 0; // degrees clockwise
     qint64 m_presented = 0;
     qint64 m_firstTime = 0;
     qint64 m_lastTime = 0;

@@ -160,6 +160,7 @@ void StreamReader::readProperties()
     if (stream->time_base.num == 1)
         m_properties.timeScale = stream->time_base.den;
     m_properties.duration = toldDuration(*m_container, m_stream);
+    m_properties.turn = storedTurn(*stream);
     m_end.set(m_properties.duration, m_properties.rate);
 }
 

@@ -66,6 +66,8 @@ bool TranscodeCommand::prepare()
         m_report.settings = *settings;
         m_report.settings.rate = m_player.stream().properties().rate;
         m_report.settings.timeScale = m_player.stream().properties().timeScale;
+        m_report.settings.rotation = turnToEncode(m_player.stream().properties().turn,
+                                                  settings->rotation, settings->mirrored);
         isUsage = false;
         if (QMediaServiceProviderPlugin *const backend = backendPlugin(&error)) {
             m_recording = std::make_unique<Recording>(backend);
@@ -75,6 +77,8 @@ bool TranscodeCommand::prepare()
     m_exitCode = error.isEmpty() ? Success : isUsage ? Usage : Failure;
     if (!error.isEmpty())
         printError(error);
+    else if (!m_player.stream().properties().turn.isExact)
+        printNote(turnNote(m_options.input, m_player.stream().properties().turn));
     return error.isEmpty();
 }
 

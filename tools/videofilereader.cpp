@@ -75,6 +75,7 @@ void VideoFileReader::readProperties()
         m_properties.timeScale = stream->time_base.den;
     if (m_container->duration > 0)
         m_properties.duration = m_container->duration;
+    m_properties.turn = storedTurn(*stream);
     m_end.set(toldDuration(*m_container, m_stream), m_properties.rate);
 }
 

@@ -3,6 +3,7 @@
 
 #include "avpointers.h"
 #include "fileend.h"
+#include "storedturn.h"
 
 #include <QSize>
 #include <QString>
@@ -31,6 +32,7 @@ public:
         double rate = 0;         // pictures per second
         int timeScale = 1000000; // ticks per second of the file's own time
         qint64 duration = 0;     // microseconds; 0 where the file does not say
+        StoredTurn turn;         // that the pictures do not have yet
     };
     enum class Result { Picture, End, Failed };
 

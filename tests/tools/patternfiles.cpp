@@ -2,6 +2,7 @@
 #include "patternfiles.h"
 
 #include <QJsonDocument>
+#include <QProcess>
 #include <QtTest>
 
 void addCodecFiles()
@@ -29,4 +30,19 @@ PatternVideo patternVideo(int pictures, const QStringList &options)
     video.pictures = pictures;
     video.options += options;
     return video;
+}
+
+bool lay(const QString &upright, int degrees, const QString &to)
+{
+    const QString lying = to + ".lying.mp4";
+    const QStringList quiet { "-nostdin", "-loglevel", "error", "-y" };
+    QStringList turns; // against the clock
+    for (int turned = 0; turned < degrees; turned += 90)
+        turns.append("transpose=cclock");
+    return QProcess::execute("ffmpeg", quiet + QStringList { "-i", upright, "-vf", turns.join(','),
+                                                             "-crf", "10", lying }) == 0 &&
+           QProcess::execute("ffmpeg",
+                             quiet + QStringList { "-i", lying, "-c", "copy", "-metadata:s:v:0",
+                                                   "rotate=" + QString::number(360 - degrees),
+                                                   to }) == 0;
 }

@@ -31,6 +31,8 @@ private slots:
     void play_tellsOfNoDisplay_onlyWhereItPlays();
     void commands_refuseWhatCannotBe_data();
     void commands_refuseWhatCannotBe();
+    void play_showsPicturesUpright_data();
+    void play_showsPicturesUpright();
     void reports_nameFilesAsTheyAre();
     void verify_findsNothing_inAGoodRecording_data();
     void verify_findsNothing_inAGoodRecording();
@@ -44,11 +46,16 @@ private:
 
 namespace {
 
-int numberIn(const QImage &image)
+std::optional<Veltra::Ocelle::PatternReading> readingOf(const QImage &image)
 {
     const QImage pixels = image.convertToFormat(QImage::Format_RGB32);
-    const auto reading = Veltra::Ocelle::readPatternRgb32(pixels.constBits(), pixels.bytesPerLine(),
-                                                          pixels.width(), pixels.height());
+    return Veltra::Ocelle::readPatternRgb32(pixels.constBits(), pixels.bytesPerLine(),
+                                            pixels.width(), pixels.height());
+}
+
+int numberIn(const QImage &image)
+{
+    const auto reading = readingOf(image);
     return reading ? int(reading->sequence) : -1;
 }
 
@@ -312,6 +319,29 @@ void PlayToolTest::commands_refuseWhatCannotBe()
     QVERIFY2(result.errors.contains(error), result.errors.constData());
     QVERIFY2(result.errors.count('\n') == 1, result.errors.constData()); // and no note with it
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), before);
+}
+
+void PlayToolTest::play_showsPicturesUpright_data()
+{
+    QTest::addColumn<int>("degrees"); // clockwise
+    for (const int degrees : { 90, 180, 270 })
+        QTest::addRow("%d", degrees) << degrees;
+}
+
+// Which lie in the file, as a phone's do.
+void PlayToolTest::play_showsPicturesUpright()
+{
+    QFETCH(int, degrees);
+    QVERIFY(patternVideo(10).write(path("upright.mkv")));
+    QVERIFY(lay(path("upright.mkv"), degrees, path("v.mp4")));
+    const ToolResult result = ToolProcess::run(
+            { "play", path("v.mp4"), "--rate", "max", "--no-window", "--snapshot", path("s.png") });
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    QCOMPARE(result.errors, QByteArray());
+    const auto reading = readingOf(QImage(path("s.png")));
+    QVERIFY(reading);
+    QCOMPARE(int(reading->sequence), 9);
+    QCOMPARE(reading->rotation, 0);
 }
 
 // As a download may be called.

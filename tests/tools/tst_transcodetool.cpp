@@ -22,6 +22,8 @@ private slots:
     void transcode_isNoSlower_withABareStream();
     void transcode_endsWell_whenInterrupted();
     void transcode_leavesOutWhatIsCropped();
+    void commands_writePicturesUpright_data();
+    void commands_writePicturesUpright();
     void transcode_tellsOfPicturesThatChangeTheirSize();
 
 private:
@@ -145,6 +147,34 @@ void TranscodeToolTest::transcode_leavesOutWhatIsCropped()
     QCOMPARE(written.packets, 12);
     const double decibels = psnr(due.pictures.back().y, written.pictures.back().y);
     QVERIFY2(decibels > 45, qPrintable(QString::number(decibels)));
+}
+
+void TranscodeToolTest::commands_writePicturesUpright_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("rotation"); // of what is written
+    QTest::addColumn<bool>("mirrored");
+    for (const char *command : { "transcode", "encode" }) {
+        QTest::addRow("%s", command) << QStringList { command } << 0 << false;
+        QTest::addRow("%s, turned", command)
+                << QStringList { command, "--rotate", "270" } << 270 << false;
+        QTest::addRow("%s, mirrored", command)
+                << QStringList { command, "--mirror", "--rotate", "180" } << 0 << true;
+    }
+}
+
+// Which lie in the file, as a phone's do.
+void TranscodeToolTest::commands_writePicturesUpright()
+{
+    QFETCH(QStringList, arguments);
+    QVERIFY(patternVideo(10).write(path("upright.mkv")));
+    QVERIFY(lay(path("upright.mkv"), 90, path("v.mp4")));
+    const ToolResult result = ToolProcess::run(arguments << path("v.mp4") << path("out.mkv"));
+    QVERIFY2(result.exitCode == 0, result.errors.constData());
+    const RecordedVideo written = RecordedVideo::read(path("out.mkv"));
+    QCOMPARE(written.numbers.value(9, -2), 9);
+    QTEST(written.rotations.last(), "rotation");
+    QTEST(written.mirrored.last(), "mirrored");
 }
 
 void TranscodeToolTest::transcode_tellsOfPicturesThatChangeTheirSize()
