@@ -3,6 +3,7 @@
 // bare H.264 stream to a file; it could as well send it somewhere.
 #include "codecservice.h"
 #include "numberoption.h"
+#include "options.h"
 
 #include <QAbstractVideoSurface>
 #include <QCamera>
@@ -122,12 +123,9 @@ int main(int argc, char **argv)
 {
     QGuiApplication application(argc, argv);
     QCommandLineParser options;
-    options.addHelpOption();
     options.addOption({ "frames", "Number of pictures.", "N", "150" });
     options.addPositionalArgument("OUT.264", "File to write; replaced.");
-    options.process(application);
-    if (options.positionalArguments().size() != 1)
-        options.showHelp(2);
+    readOptions(&options, 1);
     const int frames = numberOption(options, "frames");
 
     if (QCameraInfo::availableCameras().isEmpty())

@@ -3,6 +3,7 @@
 #include "codecservice.h"
 #include "ivf.h"
 #include "numberoption.h"
+#include "options.h"
 
 #include <QAbstractVideoSurface>
 #include <QCommandLineParser>
@@ -122,6 +123,8 @@ private:
 
     void save(const QVideoFrame &frame)
     {
+        if (m_hasFailed)
+            return; // pictures that were inside then
         const QString name = QStringLiteral("%1.png").arg(m_saved + 1, 4, 10, QLatin1Char('0'));
         if (!frame.image().save(m_folder.filePath(name)))
             return fail(QStringLiteral("%1 cannot be written").arg(m_folder.filePath(name)));
@@ -132,6 +135,8 @@ private:
 
     void fail(const QString &error)
     {
+        if (m_hasFailed)
+            return;
         m_hasFailed = true;
         qCritical("%s", qPrintable(error));
         QCoreApplication::exit(1);
@@ -156,13 +161,10 @@ int main(int argc, char **argv)
 {
     QGuiApplication application(argc, argv);
     QCommandLineParser options;
-    options.addHelpOption();
     options.addOption({ "frames", "Decode no more than N pictures.", "N", "9999" });
     options.addPositionalArgument("FILE", "IVF file of VP8 or VP9.");
     options.addPositionalArgument("FOLDER", "Where the pictures go; has to be there.");
-    options.process(application);
-    if (options.positionalArguments().size() != 2)
-        options.showHelp(2);
+    readOptions(&options, 2);
     const QDir folder(options.positionalArguments().at(1));
     if (!folder.exists()) {
         qCritical("there is no folder %s", qPrintable(folder.path()));

@@ -4,6 +4,7 @@
 #include "codecservice.h"
 #include "ivf.h"
 #include "numberoption.h"
+#include "options.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -121,6 +122,8 @@ private:
 
     void fail(const QString &error)
     {
+        if (m_hasEnded)
+            return;
         m_hasEnded = true;
         qCritical("%s", qPrintable(error));
         QCoreApplication::exit(1);
@@ -145,15 +148,17 @@ int main(int argc, char **argv)
 {
     QGuiApplication application(argc, argv);
     QCommandLineParser options;
-    options.addHelpOption();
     options.addOption({ "frames", "Encode no more than N pictures.", "N" });
     options.addOption({ "rate", "Pictures per second.", "N", "30" });
     options.addPositionalArgument("FOLDER", "Folder of PNG or JPEG pictures of one size.");
     options.addPositionalArgument("OUT", "File to write: .ivf, .264 or .265; replaced.");
-    options.process(application);
-    if (options.positionalArguments().size() != 2)
-        options.showHelp(2);
+    readOptions(&options, 2);
 
+    const QString output = options.positionalArguments().at(1);
+    if (!output.endsWith(".ivf") && !output.endsWith(".264") && !output.endsWith(".265")) {
+        qCritical("%s ends in none of .ivf, .264 and .265", qPrintable(output));
+        return 2;
+    }
     const QDir folder(options.positionalArguments().at(0));
     QStringList images;
     const QStringList names =
@@ -173,7 +178,7 @@ int main(int argc, char **argv)
                   qPrintable(options.value("rate")));
         return 2;
     }
-    ImageEncoder encoder(images, options.positionalArguments().at(1), rate);
+    ImageEncoder encoder(images, output, rate);
     QMetaObject::invokeMethod(&encoder, &ImageEncoder::start, Qt::QueuedConnection);
     return application.exec();
 }

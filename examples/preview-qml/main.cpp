@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 // Shows preview.qml, which is all that a camera needs. The rest is for runs that nobody watches.
 #include "numberoption.h"
+#include "options.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
@@ -12,10 +13,9 @@ int main(int argc, char **argv)
 {
     QGuiApplication application(argc, argv);
     QCommandLineParser options;
-    options.addHelpOption();
     options.addOption({ "frames", "End after N pictures.", "N" });
     options.addOption({ "snapshot", "Save what is shown at the end.", "FILE.png" });
-    options.process(application);
+    readOptions(&options, 0);
     int left = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
     QQmlApplicationEngine engine(QUrl(QStringLiteral("qrc:/preview.qml")));

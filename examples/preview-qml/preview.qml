@@ -24,6 +24,8 @@ Window {
         property int place: 0
 
         function next() {
+            if (QtMultimedia.availableCameras.length === 0)
+                return
             place = (place + 1) % QtMultimedia.availableCameras.length
             deviceId = QtMultimedia.availableCameras[place].deviceId
         }

@@ -2,6 +2,7 @@
 // Shows a camera in a window of Qt Widgets. Nothing in here is of Ocelle: with its plugins
 // installed, Qt's own classes find its cameras.
 #include "numberoption.h"
+#include "options.h"
 
 #include <QApplication>
 #include <QCamera>
@@ -107,10 +108,9 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QCommandLineParser options;
-    options.addHelpOption();
     options.addOption({ "frames", "End after N pictures.", "N" });
     options.addOption({ "snapshot", "Save what is shown at the end.", "FILE.png" });
-    options.process(application);
+    readOptions(&options, 0);
     const int frames = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
     Window window;

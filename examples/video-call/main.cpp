@@ -2,6 +2,7 @@
 // A video call with oneself: camera, encoder, decoder and a second picture, in one process.
 #include "callwindow.h"
 #include "numberoption.h"
+#include "options.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -11,13 +12,12 @@ int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
     QCommandLineParser options;
-    options.addHelpOption();
     options.addOption({ "frames",
                         "End after N pictures, half-way asking for a key frame and half "
                         "the bit rate.",
                         "N" });
     options.addOption({ "snapshot", "Save what the window shows at the end.", "FILE.png" });
-    options.process(application);
+    readOptions(&options, 0);
     const int frames = options.isSet("frames") ? numberOption(options, "frames") : 0;
 
     CallWindow window;
