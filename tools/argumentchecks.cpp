@@ -75,6 +75,8 @@ std::string snapshotProblem(const std::string &text)
 
 std::string folderProblem(const std::string &text)
 {
+    if (text.empty())
+        return "\"\" is not the name of a file";
     return QFileInfo(QFile::decodeName(text.c_str())).dir().exists()
                    ? std::string()
                    : "the folder of \"" + text + "\" does not exist";

@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <CLI/CLI.hpp>
+#include <sstream>
 
 namespace Tool {
 namespace {
@@ -251,8 +252,11 @@ ComplianceOptions complianceOptions(const Words &words, bool json)
 ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
 {
     if (error.get_exit_code() == 0) {
-        app.exit(error);
-        return Success;
+        std::ostringstream text;
+        app.exit(error, text, text);
+        QString lines = QString::fromStdString(text.str());
+        lines.chop(lines.endsWith(QLatin1Char('\n')) ? 1 : 0); // which printLine() adds
+        return printLine(lines) ? Success : Failure;
     }
     const std::vector<std::string> unknown = app.remaining();
     const bool isCommand = app.get_subcommands().empty() && !unknown.empty();

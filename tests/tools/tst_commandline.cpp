@@ -289,12 +289,14 @@ void CommandLineTest::refusesWrongArguments_data()
             << QByteArrayList { "preview", "a", "--snapshot", "/tmp/x.doc" };
     QTest::newRow("recording of nothing") << QByteArrayList { "record", "a.mkv" };
     QTest::newRow("recording to nowhere") << QByteArrayList { "record", "--camera", "a" };
+    QTest::newRow("pictures without a name")
+            << QByteArrayList { "record", "--camera", "a", "b.mkv", "--check", "--pictures", "" };
     QTest::newRow("encoding to nowhere") << QByteArrayList { "encode", "a.mkv" };
     QTest::newRow("playing of nothing") << QByteArrayList { "play" };
     QTest::newRow("verifying of nothing") << QByteArrayList { "verify" };
     QTest::newRow("transcoding to nowhere") << QByteArrayList { "transcode", "a.mkv" };
-    for (const char *option :
-         { "--hotplug=0", "--hotplug=soon", "--hotplug=3601", "--junit=/no/report.xml", "--only" })
+    for (const char *option : { "--hotplug=0", "--hotplug=soon", "--hotplug=3601",
+                                "--junit=/no/report.xml", "--junit=", "--only" })
         QTest::newRow(qPrintable(QStringLiteral("compliance ") + option))
                 << QByteArrayList { "compliance", option };
     for (const char *option :

@@ -21,7 +21,8 @@ private slots:
     void commands_tellOfAMissingPlugin_data();
     void commands_tellOfAMissingPlugin();
     void pluginOfTheEnvironment_comesFirst();
-    void list_tellsThatItsOutputIsLost();
+    void lostOutput_isTold_data();
+    void lostOutput_isTold();
     void wrongArguments_areExplained();
 };
 
@@ -187,11 +188,21 @@ void ListToolTest::pluginOfTheEnvironment_comesFirst()
     QVERIFY2(result.errors.contains(path.toUtf8()), result.errors);
 }
 
-void ListToolTest::list_tellsThatItsOutputIsLost()
+void ListToolTest::lostOutput_isTold_data()
 {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("list") << QStringList { "list" };
+    QTest::newRow("help") << QStringList { "--help" };
+    QTest::newRow("help of a command") << QStringList { "record", "--help" };
+    QTest::newRow("version") << QStringList { "--version" };
+}
+
+void ListToolTest::lostOutput_isTold()
+{
+    QFETCH(QStringList, arguments);
     QProcess process;
     process.setStandardOutputFile(QStringLiteral("/dev/full"));
-    process.start(QStringLiteral(OCELLE_TOOL), { QStringLiteral("list") });
+    process.start(QStringLiteral(OCELLE_TOOL), arguments);
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 1);
     const QByteArray errors = process.readAllStandardError();
