@@ -111,6 +111,7 @@ void FilePlayer::onPicture(const QVideoFrame &frame)
 void FilePlayer::stop()
 {
     m_isOver = true;
+    m_isComplete = false; // whatever is still inside is not wanted any more
     m_decoding->stop();
 }
 

@@ -45,7 +45,7 @@ public:
 
     const Decoding::Counts &counts() const { return m_decoding->counts(); }
     int inside() const { return m_decoding->inside(); }
-    bool isComplete() const { return m_isComplete; } // all that is in the file was handed over
+    bool isComplete() const { return m_isComplete; } // all of the file was handed over and wanted
     bool hasTrouble() const { return m_hasTrouble; } // of the file or the decoder
     double seconds() const;                          // from the first unit to the last picture
     double rate() const;                             // pictures per second

@@ -21,6 +21,7 @@ private slots:
     void play_showsEveryPicture_data();
     void play_showsEveryPicture();
     void play_keepsTheStreamsTime();
+    void play_endsAfterSoManyPictures_andSavesTheLast_data();
     void play_endsAfterSoManyPictures_andSavesTheLast();
     void play_endsWell_whenInterrupted();
     void play_showsWhatIsToBeSeen_ofPublishedStreams();
@@ -107,16 +108,26 @@ void PlayToolTest::play_keepsTheStreamsTime()
     QVERIFY2(seconds > 0.9 && seconds < 2, qPrintable(QString::number(seconds)));
 }
 
+void PlayToolTest::play_endsAfterSoManyPictures_andSavesTheLast_data()
+{
+    QTest::addColumn<int>("pictures");
+    QTest::addColumn<int>("shown");
+    QTest::newRow("of many") << 60 << 7;
+    QTest::newRow("of a file that is inside as a whole") << 3 << 1;
+}
+
 void PlayToolTest::play_endsAfterSoManyPictures_andSavesTheLast()
 {
-    QVERIFY(patternVideo(60).write(path("v.mkv")));
+    QFETCH(int, pictures);
+    QFETCH(int, shown);
+    QVERIFY(patternVideo(pictures).write(path("v.mkv")));
     const ToolResult result =
             ToolProcess::run({ "play", path("v.mkv"), "--rate", "max", "--no-window", "--frames",
-                               "7", "--snapshot", path("seventh.png"), "--json" });
+                               QString::number(shown), "--snapshot", path("last.png"), "--json" });
     QVERIFY2(result.exitCode == 0, result.errors.constData());
-    QCOMPARE(object(result).value("out").toInt(), 7);
+    QCOMPARE(object(result).value("out").toInt(), shown);
     QCOMPARE(object(result).value("lost").toInt(-1), 0);
-    QCOMPARE(numberIn(QImage(path("seventh.png"))), 6);
+    QCOMPARE(numberIn(QImage(path("last.png"))), shown - 1);
 }
 
 void PlayToolTest::play_endsWell_whenInterrupted()
