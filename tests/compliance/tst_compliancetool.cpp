@@ -63,6 +63,7 @@ void ComplianceToolTest::standInKeepsTheContract_data()
     QTest::addColumn<int>("fewest"); // checks that pass
     QTest::newRow("cameras") << QStringList { "--only", "camera*", "--device", "pattern:back" }
                              << 8;
+    QTest::newRow("discovery") << QStringList { "--only", "platform.discovery" } << 1;
     QTest::newRow("codecs") << QStringList { "--only", "codecs.*" } << 3;
     QTest::newRow("encoders") << QStringList { "--only", "encoder.*" } << 45;
     QTest::newRow("decoders") << QStringList { "--only", "decoder.*" } << 33;
