@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <unistd.h>
+
 namespace {
 
 /*! A folder as QT_PLUGIN_PATH names it. */
@@ -77,6 +79,8 @@ private slots:
     void brokenPlugin_isTold();
     void otherPluginThatComesFirst_isTold();
     void noCamera_isTold();
+    void fileThatIsNoVideo_isTold();
+    void folderThatMayNotBeRead_isTold();
     void findings_areJson();
     void program_startsWithoutThePlatform_data();
     void program_startsWithoutThePlatform();
@@ -175,6 +179,37 @@ void DoctorToolTest::otherPluginThatComesFirst_isTold()
     QVERIFY2(result.output.contains("QT_MULTIMEDIA_PREFERRED_PLUGINS=ocelle"), result.output);
 }
 
+// As root, who may read all, the program is run as another user.
+void DoctorToolTest::folderThatMayNotBeRead_isTold()
+{
+    const QTemporaryDir folder;
+    const auto open = QFile::permissions(QStringLiteral("/"));
+    QVERIFY(QFile::setPermissions(folder.path(), open));
+    const QString inner = folder.filePath(QStringLiteral("mediaservice"));
+    QVERIFY(QDir().mkdir(inner));
+    QVERIFY(QFile::setPermissions(inner, QFile::Permissions()));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_PLUGIN_PATH"), folder.path());
+    QStringList command { QStringLiteral(OCELLE_TOOL), QStringLiteral("doctor") };
+    if (geteuid() == 0)
+        command = QStringList { "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups" } +
+                  command;
+    const QStringList user = command.mid(1, command.indexOf(QStringLiteral(OCELLE_TOOL)) - 1);
+    if (geteuid() == 0 &&
+        QProcess::execute(command.first(), user + QStringList { "test", "-x", OCELLE_TOOL }) != 0)
+        QSKIP("another user than root does not come to the program");
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(command.takeFirst(), command);
+    const bool hasFinished = process.waitForFinished();
+    QVERIFY(QFile::setPermissions(inner, open)); // else the folder could not go
+    QVERIFY(hasFinished);
+    QCOMPARE(process.exitCode(), 1);
+    const QByteArray printed = process.readAllStandardOutput();
+    QVERIFY2(printed.contains(inner.toUtf8() + " cannot be read"), printed);
+    QVERIFY2(printed.contains("-> chmod a+rx " + inner.toUtf8() + "\n"), printed);
+}
+
 void DoctorToolTest::noCamera_isTold()
 {
     const QTemporaryDir folder;
@@ -183,6 +218,22 @@ void DoctorToolTest::noCamera_isTold()
     QCOMPARE(result.exitCode, 1);
     QVERIFY2(result.output.contains("problem  cameras      the platform offers no camera"),
              result.output);
+    QVERIFY2(result.output.contains("no camera came of dir:" + folder.path().toLocal8Bit()),
+             result.output);
+    QVERIFY2(result.output.contains("-> put video files into that folder"), result.output);
+}
+
+void DoctorToolTest::fileThatIsNoVideo_isTold()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("a, b.mkv")));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("no video") > 0);
+    file.close();
+    const QString entry = QStringLiteral("file:") + folder.path() + QStringLiteral("/a\\, b.mkv");
+    const ToolResult result = examine(QStringLiteral(OCELLE_PLUGINS), {}, entry);
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY2(result.output.contains("no camera came of " + entry.toLocal8Bit()), result.output);
+    QVERIFY2(result.output.contains("-> name a video file"), result.output);
 }
 
 void DoctorToolTest::findings_areJson()

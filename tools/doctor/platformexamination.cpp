@@ -3,7 +3,9 @@
 
 #include "standinfunctions.h"
 
+#include <QFile>
 #include <QLibraryInfo>
+#include <QRegularExpression>
 #include <QStringList>
 #include <QVersionNumber>
 
@@ -33,6 +35,29 @@ Findings examineRenderNodes()
                           QStringLiteral("%1 may not be used, so codecs run on the processor")
                                   .arg(QString::fromStdString(path)),
                           QStringLiteral("adduser USER render as root, then log in again") });
+    }
+    return findings;
+}
+
+// Entries of OCELLE_CAMERAS that can be read and give no camera all the same; for where there is none.
+Findings barrenEntries(const QString &cameras)
+{
+    Findings findings;
+    static const QRegularExpression part(QStringLiteral("(?:[^,\\\\]|\\\\.)+"));
+    auto parts = part.globalMatch(cameras);
+    while (parts.hasNext()) {
+        const QString entry = parts.next().captured().trimmed();
+        const bool isFolder = entry.startsWith(QLatin1String("dir:"));
+        const auto problems = Tool::problemsOfSelection(QFile::encodeName(entry).constData());
+        if (!(isFolder || entry.startsWith(QLatin1String("file:"))) || !problems ||
+            !problems->empty())
+            continue; // what is wrong with it is among the findings on the environment
+        findings.append(
+                { Level::Problem, QStringLiteral("cameras"),
+                  QStringLiteral("OCELLE_CAMERAS: no camera came of %1").arg(entry),
+                  isFolder ? QStringLiteral(
+                                     "put video files into that folder that ocelle play plays")
+                           : QStringLiteral("name a video file that ocelle play plays") });
     }
     return findings;
 }
@@ -169,6 +194,8 @@ Findings examinePlatform()
         findings.append({ Level::Problem, QStringLiteral("cameras"),
                           QStringLiteral("the platform offers no camera"),
                           QStringLiteral("see the findings on environment and devices") });
+    if (cameras == 0)
+        findings += barrenEntries(QString::fromLocal8Bit(qgetenv("OCELLE_CAMERAS")));
     CodecManager *const codecs = OcelleCodecManager();
     return findings +
            judgeCodecs(codecs ? codecs->getVideoCodecs() : std::vector<VideoCodecInfo>());

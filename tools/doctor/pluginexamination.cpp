@@ -63,12 +63,29 @@ QStringList serviceFiles(const QString &folder)
     return paths;
 }
 
+// The first of the folders, or their mediaservice/, that this user may not look into; else empty.
+QString lockedFolder(const QStringList &folders)
+{
+    for (const QString &folder : folders) {
+        for (const QString &path : { folder, folder + QStringLiteral("/mediaservice") }) {
+            const QFileInfo info(path);
+            if (info.isDir() && !(info.isReadable() && info.isExecutable()))
+                return path;
+        }
+    }
+    return QString();
+}
+
 Finding missing(const OwnPlugin &plugin, const QStringList &folders, const QString &own)
 {
     const QString name = QLatin1String(plugin.file);
     const QString text =
             QStringLiteral("%1 (%2) is in none of the folders that Qt searches: %3")
                     .arg(name, QLatin1String(plugin.purpose), folders.join(QStringLiteral(", ")));
+    const QString locked = lockedFolder(folders);
+    if (!locked.isEmpty())
+        return { Level::Problem, area(), QStringLiteral("%1; %2 cannot be read").arg(text, locked),
+                 QStringLiteral("chmod a+rx %1").arg(locked) };
     const bool isOwn =
             !own.isEmpty() && QFileInfo::exists(own + QStringLiteral("/mediaservice/") + name);
     const QString advice =
