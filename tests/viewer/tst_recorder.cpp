@@ -6,10 +6,14 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <recorder.h>
 #include <recordinglist.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 using Viewer::RawPictures;
 using Viewer::Recorder;
@@ -18,6 +22,7 @@ class TestRecorder : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase();
     void init();
     void cleanup();
     void recording_isWholeFile_withEveryCodec_data();
@@ -26,11 +31,17 @@ private slots:
     void start_withoutCamera_isToldOf();
     void start_withUnknownCodec_isToldOf();
     void start_withoutFolder_isToldOf();
+    void start_neverTakesTheNameOfAnother();
+    void start_takesAnotherName_ifSomebodyTookItMeanwhile();
+    void diskThatIsFull_isToldOfOnce();
     void cameraThatGoes_leavesWhatWasRecorded();
     void sourceThatGoes_leavesWhatWasRecorded();
 
 private:
+    void useCamera(const QByteArray &id, QSize size);
+
     HomeFolder m_home;
+    QTemporaryDir m_media;
     std::unique_ptr<StreamingCamera> m_camera;
     std::unique_ptr<RawPictures> m_source;
 };
@@ -42,12 +53,25 @@ constexpr int BitRate = 1000000;
 
 } // namespace
 
+void TestRecorder::initTestCase()
+{
+    const QString video = m_media.filePath(QStringLiteral("moving.mkv"));
+    QVERIFY(makeVideo(video, 2));
+    qputenv("OCELLE_CAMERAS", "pattern,file:" + QFile::encodeName(video));
+}
+
 void TestRecorder::init()
 {
     m_home.clear();
-    m_camera = std::make_unique<StreamingCamera>("pattern:back");
+    useCamera("pattern:back", Size);
+}
+
+void TestRecorder::useCamera(const QByteArray &id, QSize size)
+{
+    cleanup();
+    m_camera = std::make_unique<StreamingCamera>(id);
     QCameraViewfinderSettings settings;
-    settings.setResolution(Size);
+    settings.setResolution(size);
     settings.setMinimumFrameRate(30);
     settings.setMaximumFrameRate(30);
     m_camera->camera()->setViewfinderSettings(settings);
@@ -155,6 +179,88 @@ void TestRecorder::start_withoutFolder_isToldOf()
              QStringLiteral("The recording failed: the folder %1 cannot be made.")
                      .arg(m_home.videos()));
     QVERIFY(!recorder.isActive());
+}
+
+/*! Whose file has its own name only once it is complete. */
+void TestRecorder::start_neverTakesTheNameOfAnother()
+{
+    Recorder one;
+    Recorder other;
+    QStringList files;
+    for (Recorder *recorder : { &one, &other }) {
+        recorder->setSource(m_source.get());
+        connect(recorder, &Recorder::finished, this,
+                [&files](const QString &file) { files.append(file); });
+        recorder->start(QStringLiteral("h264"), BitRate, Size, 30); // in the same second
+    }
+    QTRY_VERIFY(one.seconds() > 0.5 && other.seconds() > 0.5);
+    one.stop();
+    other.stop();
+    QTRY_COMPARE(files.size(), 2);
+    QVERIFY(files.first() != files.last());
+    for (const QString &file : qAsConst(files))
+        QVERIFY2(decodedPictures(file) > 1, qPrintable(file));
+}
+
+/*! Between the choice of a name and the file's creation. */
+void TestRecorder::start_takesAnotherName_ifSomebodyTookItMeanwhile()
+{
+    Recorder recorder;
+    recorder.setSource(m_source.get());
+    QSignalSpy finished(&recorder, &Recorder::finished);
+    QSignalSpy failed(&recorder, &Recorder::failed);
+    QStringList taken;
+    const auto takeNames = [this, &recorder, &taken] {
+        const QDateTime now = QDateTime::currentDateTime();
+        for (int second = -1; taken.size() < 3 && recorder.isActive(); ++second) {
+            QFile file(QStringLiteral("%1/Camera %2.mkv.part")
+                               .arg(m_home.videos(), now.addSecs(second).toString(QStringLiteral(
+                                                             "yyyy-MM-dd HH-mm-ss"))));
+            QVERIFY(file.open(QFile::WriteOnly) && file.write("other") == 5);
+            taken.append(file.fileName());
+        }
+    };
+    connect(&recorder, &Recorder::activeChanged, this, takeNames);
+    recorder.start(QStringLiteral("h264"), BitRate, Size, 30);
+    QCOMPARE(taken.size(), 3);
+    QVERIFY2(failed.isEmpty(), qPrintable(failed.value(0).value(0).toString()));
+    QTRY_VERIFY(recorder.seconds() > 0.5);
+    recorder.stop();
+    QTRY_COMPARE(finished.count(), 1);
+    const QString file = finished.first().first().toString();
+    QVERIFY2(file.endsWith(QStringLiteral(" (2).mkv")), qPrintable(file));
+    QVERIFY(decodedPictures(file) > 1);
+    QCOMPARE(HomeFolder::files(m_home.videos(), QStringLiteral(".part")), taken);
+}
+
+/*! A limit of the file size is as good as that. */
+void TestRecorder::diskThatIsFull_isToldOfOnce()
+{
+    const QSize size(320, 240);
+    useCamera("file:" + QFile::encodeName(m_media.filePath(QStringLiteral("moving.mkv"))), size);
+    Recorder recorder;
+    recorder.setSource(m_source.get());
+    QSignalSpy finished(&recorder, &Recorder::finished);
+    QSignalSpy failed(&recorder, &Recorder::failed);
+    recorder.start(QStringLiteral("h264"), 16 * BitRate, size, 30);
+    QTRY_VERIFY(recorder.seconds() > 0);
+    rlimit before = {};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit full = { 1, before.rlim_max }; // bytes
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    QCOMPARE(setrlimit(RLIMIT_FSIZE, &full), 0);
+    const bool hasEnded = QTest::qWaitFor([&recorder] { return !recorder.isActive(); }, 30000);
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    QVERIFY(hasEnded);
+    QCOMPARE(failed.count(), 1);
+    const QString part = HomeFolder::files(m_home.videos(), QStringLiteral(".part")).value(0);
+    QVERIFY(!part.isEmpty());
+    QCOMPARE(failed.first().first().toString(),
+             QStringLiteral("The recording failed: %1: File too large; what was written so far is "
+                            "in %2.")
+                     .arg(part.chopped(5), part));
+    QVERIFY(finished.isEmpty());
 }
 
 void TestRecorder::cameraThatGoes_leavesWhatWasRecorded()

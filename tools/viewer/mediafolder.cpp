@@ -1,11 +1,23 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "mediafolder.h"
 
+#include "videofilewriter.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 
 namespace Viewer {
+
+bool isTaken(const QString &file)
+{
+    for (const QString &name : { file, file + Tool::VideoFileWriter::partSuffix() }) {
+        const QFileInfo info(name);
+        if (info.exists() || info.isSymLink())
+            return true;
+    }
+    return false;
+}
 
 QString newFileName(QStandardPaths::StandardLocation location, const QString &suffix,
                     QString *error)
@@ -22,7 +34,7 @@ QString newFileName(QStandardPaths::StandardLocation location, const QString &su
     const QString time =
             QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH-mm-ss"));
     QString name = QStringLiteral("%1/Camera %2%3").arg(folder, time, suffix);
-    for (int number = 2; QFileInfo::exists(name); ++number)
+    for (int number = 2; isTaken(name); ++number)
         name = QStringLiteral("%1/Camera %2 (%3)%4")
                        .arg(folder, time, QString::number(number), suffix);
     return name;

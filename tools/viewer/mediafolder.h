@@ -6,6 +6,9 @@
 
 namespace Viewer {
 
+/*! Whether there is a file of that name, or one that will have it when it is complete. */
+bool isTaken(const QString &file);
+
 /*!
  * A name for a new file in the user's folder of that kind, which is made if need be: the time of
  * day, and a number where that is taken.

@@ -9,6 +9,7 @@ namespace Viewer {
 namespace {
 
 constexpr int TickInterval = 250; // ms
+constexpr int MostTries = 10;     // of names for a file
 
 /*! Each by its name and in the order that people know, whatever the platform's. */
 QStringList encodableCodecs()
@@ -90,17 +91,14 @@ void Recorder::start(const QString &codec, int bitRate, const QSize &size, qreal
         fail(error);
         return;
     }
-    m_file = settings.file;
-    connect(m_recording.get(), &Tool::Recording::started, this, &Recorder::onStarted);
-    connect(m_recording.get(), &Tool::Recording::failed, this, [this](const QString &text) {
-        fail(text);
-        stop();
-    });
-    connect(m_recording.get(), &Tool::Recording::ended, this, &Recorder::onEnded,
-            Qt::QueuedConnection);
     m_tick.start(TickInterval);
     emit activeChanged();
-    if (!m_recording->start(settings, &error)) {
+    bool isStarted = m_recording->start(settings, &error);
+    // Another program may have taken the name since it was looked for.
+    for (int tries = 1; !isStarted && tries < MostTries && isTaken(settings.file); ++tries)
+        isStarted = prepare(codec, &settings, &error) && m_recording->start(settings, &error);
+    m_file = settings.file;
+    if (!isStarted) {
         remove();
         fail(error);
     }
@@ -126,6 +124,13 @@ bool Recorder::prepare(const QString &codec, Tool::RecordingSettings *settings, 
         return false;
     // The one kind of file that holds every codec, and that can be read even if it was cut off.
     settings->file = newFileName(QStandardPaths::MoviesLocation, QStringLiteral(".mkv"), error);
+    connect(m_recording.get(), &Tool::Recording::started, this, &Recorder::onStarted);
+    connect(m_recording.get(), &Tool::Recording::failed, this, [this](const QString &text) {
+        fail(text);
+        stop();
+    });
+    connect(m_recording.get(), &Tool::Recording::ended, this, &Recorder::onEnded,
+            Qt::QueuedConnection);
     return !settings->file.isEmpty();
 }
 
@@ -180,7 +185,7 @@ void Recorder::onEnded()
         return; // there is no file, and why was told or is plain to see
     if (isComplete)
         emit finished(m_file);
-    else
+    else if (!error.isEmpty()) // else it was told when it happened
         fail(error);
 }
 
