@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "homefolder.h"
-#include "stuckfiles.h"
 #include "videofiles.h"
 
 #include <QFileInfo>
@@ -35,7 +34,8 @@ private:
         QByteArray errors;
     };
 
-    void start(QProcess *process, const QStringList &arguments) const;
+    void start(QProcess *process, const QStringList &arguments,
+               const QString &preloaded = QString()) const;
     static Result finish(QProcess *process);
     bool press(const QString &key) const;
     qint64 recordedBytes() const; // of a recording that goes on
@@ -61,13 +61,19 @@ void TestViewerProgram::init()
     m_home.clear();
 }
 
-void TestViewerProgram::start(QProcess *process, const QStringList &arguments) const
+void TestViewerProgram::start(QProcess *process, const QStringList &arguments,
+                              const QString &preloaded) const
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     // It has to find its plugins by itself.
     for (const char *name :
          { "QT_PLUGIN_PATH", "QT_QPA_PLATFORM", "QT_MULTIMEDIA_PREFERRED_PLUGINS" })
         environment.remove(QLatin1String(name));
+    if (!preloaded.isEmpty()) {
+        const QString asan = QStringLiteral("ASAN_OPTIONS");
+        environment.insert(asan, environment.value(asan) + ":verify_asan_link_order=0");
+        environment.insert(QStringLiteral("LD_PRELOAD"), preloaded);
+    }
     process->setProcessEnvironment(environment);
     process->start(QStringLiteral(OCELLE_VIEWER), arguments);
     QVERIFY(process->waitForStarted(Patience));
@@ -205,16 +211,16 @@ void TestViewerProgram::terminated_itCompletesTheRecording()
 /*! On a disk that stops taking data, so that the encoder's thread never returns. */
 void TestViewerProgram::closedTwice_itEnds_thoughTheRecordingCannot()
 {
-    StuckFiles files(m_home.videos(), QStringLiteral(".mkv.part"));
-    QVERIFY(files.areThere());
     QProcess process;
-    start(&process, { QStringLiteral("--size"), QStringLiteral("320x240") });
+    start(&process, { QStringLiteral("--size"), QStringLiteral("320x240") },
+          QStringLiteral(STUCK_DISK));
     QTRY_VERIFY_WITH_TIMEOUT(
             press(QStringLiteral("p")) &&
                     !HomeFolder::files(m_home.pictures(), QStringLiteral(".png")).isEmpty(),
             Patience);
     QVERIFY(press(QStringLiteral("r")));
-    QTRY_VERIFY_WITH_TIMEOUT(files.isOneFull(), Patience);
+    QTRY_VERIFY_WITH_TIMEOUT(
+            !HomeFolder::files(m_home.videos(), QStringLiteral(".part.stuck")).isEmpty(), Patience);
     QVERIFY(press(QStringLiteral("ctrl+q"))); // waits for the recording
     press(QStringLiteral("ctrl+q"));          // the window may be gone before xdotool is
     const Result result = finish(&process);
