@@ -353,11 +353,12 @@ void TestViewerWindow::message_hasRoomForItsWords_onPhone()
 
 void TestViewerWindow::camera_thatIsNotThere_isToldOf_andAnotherShown()
 {
-    open({ QStringLiteral("nowhere"), QSize(), 0 });
-    QTRY_COMPARE(textOf("problem"),
-                 QStringLiteral("There is no camera \"nowhere\"; there are pattern:back and "
-                                "pattern:front."));
+    open({ QStringLiteral("nowhere"), QSize(123, 45), 0 });
+    const auto told = QStringLiteral("There is no camera \"nowhere\"; there are pattern:back and "
+                                     "pattern:front.");
+    QTRY_COMPARE(textOf("problem"), told);
     QTRY_VERIFY(reading());
+    QCOMPARE(textOf("problem"), told); // and not of a size that was wished of the one
 }
 
 void TestViewerWindow::size_thatIsNotOffered_isToldOf()

@@ -14,6 +14,7 @@ FocusScope {
     property string cameraName
     property string codec: recorder.codecs.length > 0 ? recorder.codecs[0] : ""
     property int bitRate: 4000000
+    property var wish: null // of the command line, until the camera that it is for was opened
     readonly property bool isStreaming: loader.item !== null
                                         && loader.item.cameraStatus === Camera.ActiveStatus
     readonly property bool isPresent: loader.active
@@ -28,11 +29,17 @@ FocusScope {
     signal playAsked(string file)
 
     function begin(wishedCamera, wishedSize, wishedRate) {
-        settings.wish(wishedSize, wishedRate)
+        wish = { camera: wishedCamera, size: wishedSize, rate: wishedRate }
         const id = wishedCamera === "" ? cameraModel.preferred() : cameraModel.find(wishedCamera)
         open(id !== "" ? id : cameraModel.preferred())
         if (wishedCamera !== "" && id === "")
             problem.show(sentence(cameraModel.problem(wishedCamera)))
+    }
+    function passWish() {
+        if (!wish || (wish.camera !== "" && cameraModel.find(wish.camera) !== cameraId))
+            return
+        settings.wish(wish.size, wish.rate)
+        wish = null
     }
     // The one that is open has to be closed before, or it would be in its own way.
     function open(id) {
@@ -163,6 +170,7 @@ FocusScope {
             function begin() {
                 if (cameraState !== Camera.LoadedState)
                     return
+                view.passWish()
                 settings.load(source)
                 cameraState = Camera.ActiveState
             }
