@@ -2,6 +2,7 @@
 #include "homefolder.h"
 #include "videofiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
@@ -35,6 +36,7 @@ private slots:
     void key_changesCamera();
     void key_takesPicture();
     void keys_recordAndPlay();
+    void picture_ofAnotherFile_isNotShown();
     void recording_isCompleted_whenWindowIsClosed();
     void window_closes_whenItIsClosedTwice();
     void statistics_tellOfThePreview();
@@ -54,6 +56,7 @@ private:
     QObject *view(const char *property) const;
     std::optional<PatternReading> reading() const;
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    QString makeRecording(const char *name);
 
     HomeFolder m_home;
     QTemporaryDir m_cameras;
@@ -119,6 +122,15 @@ std::optional<PatternReading> TestViewerWindow::reading() const
 void TestViewerWindow::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
     QTest::keyClick(m_window, key, modifiers);
+}
+
+/*! One that is listed, of two seconds. */
+QString TestViewerWindow::makeRecording(const char *name)
+{
+    const QString file = m_home.videos() + QLatin1Char('/') + QString::fromLatin1(name);
+    const bool isMade = QDir().mkpath(m_home.videos()) &&
+                        QFile::copy(m_media.filePath(QStringLiteral("one.mkv")), file);
+    return isMade ? file : QString();
 }
 
 void TestViewerWindow::preview_showsCamera_andMirrorsTheFrontOne_data()
@@ -262,6 +274,31 @@ void TestViewerWindow::keys_recordAndPlay()
     press(Qt::Key_L);
     QTRY_VERIFY(!textOf("playbackProblem").isEmpty());
     QVERIFY(!item("playback")->isVisible()); // nothing of what played before
+}
+
+void TestViewerWindow::picture_ofAnotherFile_isNotShown()
+{
+    const QString file = makeRecording("Camera one.mkv");
+    const QString empty = makeRecording("Camera two.mkv");
+    QFile cut(empty);
+    QVERIFY(cut.open(QFile::ReadWrite));
+    const int firstPicture = cut.readAll().indexOf("\x1f\x43\xb6\x75"); // a Matroska cluster
+    QVERIFY(firstPicture > 0 && cut.resize(firstPicture + 10));
+    cut.close();
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QVERIFY(QMetaObject::invokeMethod(m_window, "play", Q_ARG(QVariant, file)));
+    const auto *const player = item("playbackView")->property("player").value<QObject *>();
+    QTRY_VERIFY(player->property("position").toDouble() > 0.5);
+    QVERIFY(item("playback")->isVisible());
+    QVERIFY(QMetaObject::invokeMethod(m_window, "play", Q_ARG(QVariant, empty)));
+    QVERIFY(!player->property("details").toString().isEmpty()); // it was opened
+    QVERIFY(!item("playback")->isVisible());
+    QTRY_VERIFY(!textOf("playbackProblem").isEmpty());
+    QVERIFY(!item("playback")->isVisible());
+    QVERIFY(QMetaObject::invokeMethod(m_window, "play", Q_ARG(QVariant, file)));
+    QTRY_VERIFY(item("playback")->isVisible());
+    QTRY_VERIFY(!player->property("playing").toBool());
+    QVERIFY(item("playback")->isVisible()); // the last one stays
 }
 
 void TestViewerWindow::recording_isCompleted_whenWindowIsClosed()

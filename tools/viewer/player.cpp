@@ -29,6 +29,7 @@ void Player::play(const QString &file)
     m_position = 0;
     m_duration = 0;
     m_details.clear();
+    m_hasPicture = m_hasPicture && file == m_file; // stays while the same is played again
     m_file = file;
     auto player = std::make_unique<Tool::FilePlayer>(&m_surface);
     QString error;
@@ -51,6 +52,7 @@ void Player::play(const QString &file)
                 Qt::QueuedConnection);
         m_player = std::move(player);
     }
+    m_hasPicture = m_hasPicture && m_player;
     emit positionChanged();
     emit playingChanged();
     if (m_player)
@@ -73,6 +75,7 @@ void Player::onPicture(const QVideoFrame &frame)
 {
     if (!m_player)
         return;
+    m_hasPicture = true;
     m_position = double(frame.startTime()) / 1e6;
     m_player->onPicture(frame);
     emit positionChanged();

@@ -27,8 +27,9 @@ class Player : public QObject
     Q_PROPERTY(bool playing READ isPlaying NOTIFY playingChanged)
     Q_PROPERTY(QString details READ details NOTIFY playingChanged) // "H264, 1280 × 720"
     Q_PROPERTY(qreal position READ position NOTIFY positionChanged)
-    Q_PROPERTY(qreal duration READ duration NOTIFY playingChanged) // 0 where it is not known
-    Q_PROPERTY(int inside READ inside NOTIFY positionChanged)      // pictures in the decoder
+    Q_PROPERTY(qreal duration READ duration NOTIFY playingChanged)     // 0 where it is not known
+    Q_PROPERTY(bool hasPicture READ hasPicture NOTIFY positionChanged) // of this file
+    Q_PROPERTY(int inside READ inside NOTIFY positionChanged)          // pictures in the decoder
 public:
     explicit Player(QObject *parent = nullptr);
     ~Player() override;
@@ -40,6 +41,7 @@ public:
     QString details() const { return m_details; }
     qreal position() const { return m_position; }
     qreal duration() const { return m_duration; }
+    bool hasPicture() const { return m_hasPicture; }
     int inside() const { return m_player ? m_player->inside() : 0; }
 
     /*! Plays it from its start, instead of what plays. */
@@ -63,6 +65,7 @@ private:
     QString m_details;
     qreal m_position = 0;
     qreal m_duration = 0;
+    bool m_hasPicture = false;
     bool m_hasFailed = false;
 };
 

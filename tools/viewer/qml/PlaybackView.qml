@@ -114,7 +114,7 @@ FocusScope {
                 source: videoPlayer
                 filters: [frameMeter]
                 flushMode: VideoOutput.LastFrame
-                visible: videoPlayer.details !== "" // else that is the last one of another file
+                visible: videoPlayer.hasPicture // else that is the last one of another file
             }
 
             ColumnLayout {
