@@ -36,6 +36,7 @@ private slots:
     void key_changesCamera();
     void key_takesPicture();
     void keys_recordAndPlay();
+    void recordings_areNotPlayed_whileItRecords();
     void picture_ofAnotherFile_isNotShown();
     void recording_isCompleted_whenWindowIsClosed();
     void window_closes_whenItIsClosedTwice();
@@ -274,6 +275,34 @@ void TestViewerWindow::keys_recordAndPlay()
     press(Qt::Key_L);
     QTRY_VERIFY(!textOf("playbackProblem").isEmpty());
     QVERIFY(!item("playback")->isVisible()); // nothing of what played before
+}
+
+void TestViewerWindow::recordings_areNotPlayed_whileItRecords()
+{
+    const QString file = makeRecording("Camera one.mkv");
+    QVERIFY(!file.isEmpty());
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_R);
+    QTRY_VERIFY(view("recorder")->property("seconds").toDouble() > 0);
+    press(Qt::Key_R);
+    QTRY_VERIFY(!textOf("notice").isEmpty());
+    QVERIFY(item("noticeAction")->isEnabled()); // "Play"
+
+    press(Qt::Key_V);
+    QTRY_VERIFY(find("recordings")->property("opened").toBool());
+    press(Qt::Key_R);
+    QTRY_VERIFY(view("recorder")->property("seconds").toDouble() > 0);
+    QTRY_VERIFY(!find("recordings")->property("visible").toBool());
+    press(Qt::Key_V);
+    QVERIFY(!find("recordings")->property("visible").toBool());
+    QVERIFY(!item("noticeAction")->isEnabled());
+    QVERIFY(QMetaObject::invokeMethod(m_window, "play", Q_ARG(QVariant, file)));
+    QVERIFY(!item("playbackView")->isVisible());
+    press(Qt::Key_R);
+    QTRY_VERIFY(!view("recorder")->property("active").toBool());
+    QVERIFY(QMetaObject::invokeMethod(m_window, "play", Q_ARG(QVariant, file)));
+    QVERIFY(item("playbackView")->isVisible());
 }
 
 void TestViewerWindow::picture_ofAnotherFile_isNotShown()

@@ -310,6 +310,7 @@ FocusScope {
                     Layout.fillWidth: true
                     Layout.maximumWidth: 640
                     Layout.alignment: Qt.AlignHCenter
+                    canAct: !videoRecorder.active
                     onActed: view.playAsked(subject)
                 }
             }

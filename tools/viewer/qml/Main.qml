@@ -23,6 +23,8 @@ ApplicationWindow {
             panel.open()
     }
     function play(file) {
+        if (camera.recorder.active)
+            return
         recordings.close()
         settings.close()
         playback.open(file)
@@ -89,6 +91,8 @@ ApplicationWindow {
     Connections {
         target: camera.recorder
         function onActiveChanged() {
+            if (camera.recorder.active)
+                recordings.close() // of which none can be played now
             if (!camera.recorder.active && window.isQuitting)
                 Qt.callLater(Qt.quit)
         }
@@ -119,7 +123,7 @@ ApplicationWindow {
     }
     Shortcut {
         sequence: "V"
-        enabled: !window.isPlayback
+        enabled: !window.isPlayback && !camera.recorder.active
         onActivated: window.toggle(recordings, settings)
     }
     Shortcut {

@@ -10,6 +10,7 @@ Rectangle {
     property string text
     property string action
     property string subject // of the action
+    property bool canAct: true
     // Where it would leave the words too little room
     readonly property bool isActionBelow: button.visible && button.implicitWidth > width * 0.4
     readonly property real wordsHeight: Math.max(words.implicitHeight + 16, closeButton.implicitHeight)
@@ -57,6 +58,7 @@ Rectangle {
         x: (message.isActionBelow ? message.width : closeButton.x) - width - 4
         y: 4 + (message.isActionBelow ? message.wordsHeight : (message.wordsHeight - height) / 2)
         visible: message.action !== ""
+        enabled: message.canAct
         text: message.action
         flat: true
         highlighted: true
