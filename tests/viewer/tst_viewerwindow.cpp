@@ -38,6 +38,11 @@ private slots:
     void keys_recordAndPlay();
     void recordings_areNotPlayed_whileItRecords();
     void picture_ofAnotherFile_isNotShown();
+    void key_thatIsHeld_actsOnce_data();
+    void key_thatIsHeld_actsOnce();
+    void return_pressesActionOfMessage();
+    void return_opensAndClosesTheListOfAChoice();
+    void return_closesTheKeys();
     void recording_isCompleted_whenWindowIsClosed();
     void window_closes_whenItIsClosedTwice();
     void statistics_tellOfThePreview();
@@ -57,6 +62,7 @@ private:
     QObject *view(const char *property) const;
     std::optional<PatternReading> reading() const;
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    void hold(Qt::Key key, const QString &text);
     QString makeRecording(const char *name);
 
     HomeFolder m_home;
@@ -123,6 +129,21 @@ std::optional<PatternReading> TestViewerWindow::reading() const
 void TestViewerWindow::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
     QTest::keyClick(m_window, key, modifiers);
+}
+
+/*! As an X server tells of a key that is held long enough to repeat itself three times. */
+void TestViewerWindow::hold(Qt::Key key, const QString &text)
+{
+    const auto send = [this, key, &text](QEvent::Type type, bool isRepeated) {
+        qt_handleKeyEvent(m_window, type, key, Qt::NoModifier, text, isRepeated);
+        QCoreApplication::processEvents();
+    };
+    send(QEvent::KeyPress, false);
+    for (int repeats = 0; repeats < 3; ++repeats) {
+        send(QEvent::KeyRelease, true);
+        send(QEvent::KeyPress, true);
+    }
+    send(QEvent::KeyRelease, false);
 }
 
 /*! One that is listed, of two seconds. */
@@ -328,6 +349,92 @@ void TestViewerWindow::picture_ofAnotherFile_isNotShown()
     QTRY_VERIFY(item("playback")->isVisible());
     QTRY_VERIFY(!player->property("playing").toBool());
     QVERIFY(item("playback")->isVisible()); // the last one stays
+}
+
+void TestViewerWindow::key_thatIsHeld_actsOnce_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("isOnButton");
+    QTest::newRow("I") << int(Qt::Key_I) << QStringLiteral("i") << false;
+    QTest::newRow("Return") << int(Qt::Key_Return) << QStringLiteral("\r") << true;
+    QTest::newRow("Space") << int(Qt::Key_Space) << QStringLiteral(" ") << true;
+}
+
+void TestViewerWindow::key_thatIsHeld_actsOnce()
+{
+    QFETCH(int, key);
+    QFETCH(QString, text);
+    QFETCH(bool, isOnButton);
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    if (isOnButton)
+        item("statisticsButton")->forceActiveFocus(Qt::TabFocusReason);
+    QSignalSpy shownOrHidden(find("statistics"), SIGNAL(visibleChanged()));
+    hold(Qt::Key(key), text);
+    QCOMPARE(shownOrHidden.count(), 1);
+    QVERIFY(find("statistics")->property("visible").toBool());
+
+    QSignalSpy began(view("recorder"), SIGNAL(activeChanged()));
+    if (isOnButton)
+        item("recordButton")->forceActiveFocus(Qt::TabFocusReason);
+    hold(isOnButton ? Qt::Key(key) : Qt::Key_R, isOnButton ? text : QStringLiteral("r"));
+    QTRY_VERIFY(view("recorder")->property("seconds").toDouble() > 0.5);
+    QCOMPARE(began.count(), 1);
+}
+
+void TestViewerWindow::return_pressesActionOfMessage()
+{
+    open({ QStringLiteral("pattern:back"), QSize(), 0 });
+    QTRY_VERIFY(reading());
+    QObject *const message = find("problem");
+    QSignalSpy acted(message, SIGNAL(acted()));
+    QVERIFY(QMetaObject::invokeMethod(message, "show", Q_ARG(QVariant, QStringLiteral("Gone.")),
+                                      Q_ARG(QVariant, QStringLiteral("Try again")),
+                                      Q_ARG(QVariant, QString())));
+    QTRY_VERIFY(item("problemAction")->isVisible());
+    item("problemAction")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    QCOMPARE(acted.count(), 1);
+    QCOMPARE(textOf("problem"), QString());
+}
+
+void TestViewerWindow::return_opensAndClosesTheListOfAChoice()
+{
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_S);
+    QTRY_VERIFY(find("settings")->property("opened").toBool());
+    QQuickItem *const box = qobject_cast<QQuickItem *>(find("sizeChoiceBox"));
+    const auto *const list = box->property("popup").value<QObject *>();
+    box->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    QTRY_VERIFY(list->property("opened").toBool());
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    QTRY_VERIFY(!list->property("visible").toBool());
+    QTRY_COMPARE(item("preview")->property("size").toSizeF(), QSizeF(1280, 720));
+    QVERIFY(find("settings")->property("opened").toBool());
+}
+
+void TestViewerWindow::return_closesTheKeys()
+{
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    item("statisticsButton")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_F1);
+    QTRY_VERIFY(find("keys")->property("opened").toBool());
+    press(Qt::Key_Return); // not on what is behind
+    QVERIFY(!find("statistics")->property("visible").toBool());
+    for (int steps = 0; steps < 3; ++steps) {
+        press(Qt::Key_Tab);
+        QCOMPARE(m_window->activeFocusItem()->objectName(), QStringLiteral("keysClose"));
+    }
+    press(Qt::Key_Return);
+    QTRY_VERIFY(!find("keys")->property("visible").toBool());
+    QVERIFY(!find("statistics")->property("visible").toBool());
+    press(Qt::Key_Return); // on the one that had the focus before
+    QTRY_VERIFY(find("statistics")->property("visible").toBool());
 }
 
 void TestViewerWindow::recording_isCompleted_whenWindowIsClosed()

@@ -28,6 +28,13 @@ RowLayout {
         Layout.fillWidth: true
         currentIndex: choice.index
         Accessible.name: choice.name
+        // As Space does. The list that is open takes it when it is let go, which has to be left to it.
+        Keys.onReleased: {
+            const isReturn = event.key === Qt.Key_Return
+            event.accepted = event.isAutoRepeat || (isReturn && !popup.visible)
+            if (isReturn && !popup.visible && !event.isAutoRepeat)
+                popup.open()
+        }
         onActivated: {
             choice.chosen(index)
             currentIndex = Qt.binding(() => choice.index)

@@ -17,7 +17,7 @@ ToolButton {
     ToolTip.text: key !== "" ? name + " (" + key + ")" : name
     ToolTip.visible: hovered
     ToolTip.delay: 700
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: buttonKeys
 
     Rectangle {
         anchors.fill: parent
@@ -27,5 +27,10 @@ ToolButton {
         border.width: 2
         border.color: "#7cb7e8"
         visible: button.visualFocus
+    }
+
+    ButtonKeys {
+        id: buttonKeys
+        pressed: button
     }
 }

@@ -15,15 +15,14 @@ Dialog {
 
     title: "Keys"
     modal: true
+    focus: true
     Overlay.modal: Rectangle {
         color: "#80000000"
     }
     footer: DialogButtonBox {
-        Button {
+        TextButton {
+            objectName: "keysClose"
             text: "Close"
-            flat: true
-            highlighted: true
-            font.capitalization: Font.MixedCase
             DialogButtonBox.buttonRole: DialogButtonBox.RejectRole
         }
     }

@@ -103,35 +103,42 @@ ApplicationWindow {
 
     Shortcut {
         sequence: "P"
+        autoRepeat: false
         enabled: !window.isPlayback
         onActivated: camera.snapshot.take()
     }
     Shortcut {
         sequence: "R"
+        autoRepeat: false
         enabled: !window.isPlayback
         onActivated: camera.toggleRecording()
     }
     Shortcut {
         sequence: "C"
+        autoRepeat: false
         enabled: !window.isPlayback
         onActivated: camera.openNext()
     }
     Shortcut {
         sequence: "S"
+        autoRepeat: false
         enabled: !window.isPlayback
         onActivated: window.toggle(settings, recordings)
     }
     Shortcut {
         sequence: "V"
+        autoRepeat: false
         enabled: !window.isPlayback && !camera.recorder.active
         onActivated: window.toggle(recordings, settings)
     }
     Shortcut {
         sequence: "I"
+        autoRepeat: false
         onActivated: window.isPlayback ? playback.toggleStatistics() : camera.toggleStatistics()
     }
     Shortcut {
         sequence: "L"
+        autoRepeat: false
         enabled: !camera.recorder.active
         onActivated: {
             recordings.refresh()
@@ -141,15 +148,18 @@ ApplicationWindow {
     }
     Shortcut {
         sequences: ["F11", "F"]
+        autoRepeat: false
         onActivated: window.visibility = window.visibility === Window.FullScreen ? Window.Windowed
                                                                                  : Window.FullScreen
     }
     Shortcut {
         sequence: "F1"
+        autoRepeat: false
         onActivated: keys.open()
     }
     Shortcut {
         sequence: "Esc"
+        autoRepeat: false
         enabled: window.isPlayback || settings.opened || recordings.opened
         onActivated: {
             if (window.isPlayback) {
@@ -162,6 +172,7 @@ ApplicationWindow {
     }
     Shortcut {
         sequence: "Ctrl+Q"
+        autoRepeat: false
         onActivated: window.close()
     }
 }

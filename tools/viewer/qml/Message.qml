@@ -52,7 +52,7 @@ Rectangle {
         text: message.text
         wrapMode: Text.Wrap
     }
-    Button {
+    TextButton {
         id: button
         objectName: message.objectName + "Action"
         x: (message.isActionBelow ? message.width : closeButton.x) - width - 4
@@ -60,9 +60,6 @@ Rectangle {
         visible: message.action !== ""
         enabled: message.canAct
         text: message.action
-        flat: true
-        highlighted: true
-        font.capitalization: Font.MixedCase
         onClicked: {
             message.hide()
             message.acted()

@@ -19,7 +19,7 @@ AbstractButton {
     ToolTip.text: name + " (" + key + ")"
     ToolTip.visible: hovered
     ToolTip.delay: 700
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: buttonKeys
 
     background: Rectangle {
         radius: width / 2
@@ -36,5 +36,10 @@ AbstractButton {
             color: button.isRecord ? "#e5484d" : "#ffffff"
             scale: button.down ? 0.88 : 1
         }
+    }
+
+    ButtonKeys {
+        id: buttonKeys
+        pressed: button
     }
 }
