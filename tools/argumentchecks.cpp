@@ -70,6 +70,8 @@ std::string snapshotProblem(const std::string &text)
         return "the folder of \"" + text + "\" does not exist";
     if (file.isDir())
         return "\"" + text + "\" is a folder";
+    if (file.exists() && !file.isFile()) // a device, which a new file would take the place of
+        return "\"" + text + "\" is not an ordinary file";
     return {};
 }
 

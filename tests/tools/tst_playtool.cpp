@@ -288,6 +288,9 @@ void PlayToolTest::commands_refuseWhatCannotBe_data()
     QTest::newRow("snapshot as a folder")
             << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/folder.png" }
             << QByteArray("folder.png\" is a folder");
+    QTest::newRow("snapshot as a device")
+            << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/device.png" }
+            << QByteArray("device.png\" is not an ordinary file");
     QTest::newRow("empty stream") << QStringList { "play", "%1/empty.h264" }
                                   << QByteArray("empty.h264: Invalid data found");
     QTest::newRow("empty stream to encode")
@@ -320,6 +323,7 @@ void PlayToolTest::commands_refuseWhatCannotBe()
     QFile empty(path("empty.h264"));
     QVERIFY(empty.open(QIODevice::WriteOnly));
     QVERIFY(QDir(m_folder->path()).mkdir("folder.png"));
+    QVERIFY(QFile::link("/dev/null", path("device.png")));
     QCOMPARE(QProcess::execute("ffmpeg", { "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
                                            "anullsrc", "-t", "1", path("sound.mkv") }),
              0);
