@@ -37,12 +37,12 @@ int main(int argc, char *argv[])
                                         "needs none"));
         return Tool::Failure;
     }
+    Tool::Interruption interruption; // before there is a window to be seen
     std::optional<Viewer::ExitDeadline> deadline; // goes after the window, whose end it bounds
     const Viewer::ViewerWindow viewer(*options);
     if (!viewer.window())
         return Tool::Failure; // Qt has said what is missing
     viewer.window()->setIcon(QIcon(QStringLiteral(":/viewer/ocelle-viewer.svg")));
-    Tool::Interruption interruption;
     // As if its window was closed, so that a recording is completed.
     QObject::connect(&interruption, &Tool::Interruption::interrupted, viewer.window(),
                      [&viewer] { viewer.window()->close(); });
