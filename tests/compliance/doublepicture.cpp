@@ -2,13 +2,15 @@
 #include "doublepicture.h"
 
 #include <QAbstractVideoSurface>
-#include <QPointer>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QVideoSurfaceFormat>
 
 #include <ocelle/videooutputqt5.h>
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace Veltra {
 namespace Ocelle {
@@ -19,12 +21,6 @@ GraphicBuffer::GraphicBuffer(int pictureWidth, int pictureHeight)
     , planes(lumaSize() * 3 / 2, 128)
 {
 }
-
-class VideoOutputQt5Private
-{
-public:
-    QPointer<QAbstractVideoSurface> surface;
-};
 
 namespace {
 
@@ -44,7 +40,46 @@ void present(QAbstractVideoSurface *surface, const GraphicBuffer &buffer)
         surface->present(frame);
 }
 
+class PictureEvent : public QEvent
+{
+public:
+    explicit PictureEvent(std::shared_ptr<GraphicBuffer> picture)
+        : QEvent(QEvent::User)
+        , buffer(std::move(picture))
+    {
+    }
+
+    const std::shared_ptr<GraphicBuffer> buffer;
+};
+
+/*! Takes pictures to the surface's thread, on which it lives. */
+class Presenter : public QObject
+{
+public:
+    explicit Presenter(QAbstractVideoSurface *surface)
+        : m_surface(surface)
+    {
+    }
+
+    QAbstractVideoSurface *surface() const { return m_surface; }
+
+protected:
+    void customEvent(QEvent *event) override
+    {
+        present(m_surface, *static_cast<PictureEvent *>(event)->buffer);
+    }
+
+private:
+    QAbstractVideoSurface *const m_surface;
+};
+
 } // namespace
+
+class VideoOutputQt5Private
+{
+public:
+    std::unique_ptr<Presenter> presenter;
+};
 
 VideoOutputQt5::VideoOutputQt5(QObject *parent)
     : QObject(parent)
@@ -59,12 +94,12 @@ VideoOutputQt5::~VideoOutputQt5()
 
 QAbstractVideoSurface *VideoOutputQt5::videoSurface() const
 {
-    return m_d->surface;
+    return m_d->presenter ? m_d->presenter->surface() : nullptr;
 }
 
 void VideoOutputQt5::setVideoSurface(QAbstractVideoSurface *surface)
 {
-    m_d->surface = surface;
+    m_d->presenter.reset(surface ? new Presenter(surface) : nullptr);
 }
 
 void VideoOutputQt5::setViewport(QRect) {}
@@ -74,9 +109,8 @@ void VideoOutputQt5::onVideoFrame(const YCbCrFrame *) {}
 
 void VideoOutputQt5::onGraphicBuffer(std::shared_ptr<GraphicBuffer> buffer)
 {
-    QAbstractVideoSurface *const surface = m_d->surface;
-    QMetaObject::invokeMethod(
-            surface, [surface, buffer] { present(surface, *buffer); }, Qt::QueuedConnection);
+    if (m_d->presenter)
+        QCoreApplication::postEvent(m_d->presenter.get(), new PictureEvent(std::move(buffer)));
 }
 
 } // namespace Ocelle
