@@ -37,7 +37,7 @@ int main(int argc, char *argv[])
                                         "needs none"));
         return Tool::Failure;
     }
-    Tool::Interruption interruption; // before there is a window to be seen
+    Tool::Interruption interruption;              // before there is a window to be seen
     std::optional<Viewer::ExitDeadline> deadline; // goes after the window, whose end it bounds
     const Viewer::ViewerWindow viewer(*options);
     if (!viewer.window())
