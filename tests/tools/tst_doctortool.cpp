@@ -179,25 +179,24 @@ void DoctorToolTest::otherPluginThatComesFirst_isTold()
     QVERIFY2(result.output.contains("QT_MULTIMEDIA_PREFERRED_PLUGINS=ocelle"), result.output);
 }
 
-// As root, who may read all, the program is run as another user.
+// As root, who may read all, the program is run without that right.
 void DoctorToolTest::folderThatMayNotBeRead_isTold()
 {
+    QStringList command { QStringLiteral(OCELLE_TOOL), QStringLiteral("doctor") };
+    if (geteuid() == 0) {
+        const QString rights = QStringLiteral("-dac_override,-dac_read_search");
+        const QStringList less { "setpriv", "--bounding-set", rights, "--inh-caps", rights };
+        if (QProcess::execute(less.first(), less.mid(1) + QStringList { "true" }) != 0)
+            QSKIP("root cannot give up its rights here");
+        command = less + command;
+    }
     const QTemporaryDir folder;
     const auto open = QFile::permissions(QStringLiteral("/"));
-    QVERIFY(QFile::setPermissions(folder.path(), open));
     const QString inner = folder.filePath(QStringLiteral("mediaservice"));
     QVERIFY(QDir().mkdir(inner));
     QVERIFY(QFile::setPermissions(inner, QFile::Permissions()));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("QT_PLUGIN_PATH"), folder.path());
-    QStringList command { QStringLiteral(OCELLE_TOOL), QStringLiteral("doctor") };
-    if (geteuid() == 0)
-        command = QStringList { "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups" } +
-                  command;
-    const QStringList user = command.mid(1, command.indexOf(QStringLiteral(OCELLE_TOOL)) - 1);
-    if (geteuid() == 0 &&
-        QProcess::execute(command.first(), user + QStringList { "test", "-x", OCELLE_TOOL }) != 0)
-        QSKIP("another user than root does not come to the program");
     QProcess process;
     process.setProcessEnvironment(environment);
     process.start(command.takeFirst(), command);

@@ -43,8 +43,8 @@ Outcome listing(Session &session, const Device &)
         if (!names.insert({ codec.isEncoder, codec.codecName }).second)
             return Outcome::fail(QStringLiteral("%1 is listed twice").arg(name));
         if (codec.maxInstances < 1)
-            return Outcome::fail(
-                    QStringLiteral("%1 is to be had %2 times").arg(name).arg(codec.maxInstances));
+            return Outcome::fail(QStringLiteral("%1 is to be had %2 times")
+                                         .arg(name, QString::number(codec.maxInstances)));
     }
     for (int turn = 1; turn < Listings; ++turn) {
         session.call(QStringLiteral("prepare()"), [&] { return manager->prepare(); });
