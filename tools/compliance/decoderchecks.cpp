@@ -26,6 +26,23 @@ Outcome noFrame(const DecoderRun &run)
     return Outcome::fail(QStringLiteral("it does not take a good stream") + run.trouble());
 }
 
+// A decoder that was handed a good stream, which is returned; without one, \a outcome says why.
+std::vector<Unit> handOver(Session &session, const Device &device, DecoderRun *run,
+                           Outcome *outcome)
+{
+    QString why;
+    std::vector<Unit> units = makeStream(&session, device.type, Pictures, &why);
+    if (units.empty())
+        *outcome = Outcome::skip(why);
+    else if (!run->start())
+        *outcome = noDecoder(*run);
+    else if (!run->decodeAll(units))
+        *outcome = noFrame(*run);
+    else
+        return units;
+    return {};
+}
+
 Outcome supported(Session &session, const Device &device)
 {
     if (!isPromised(session, device.type, false))
@@ -40,15 +57,11 @@ Outcome supported(Session &session, const Device &device)
 
 Outcome drain(Session &session, const Device &device)
 {
-    QString why;
-    const std::vector<Unit> units = makeStream(&session, device.type, Pictures, &why);
-    if (units.empty())
-        return Outcome::skip(why);
     DecoderRun run(&session, device.type);
-    if (!run.start())
-        return noDecoder(run);
-    if (!run.decodeAll(units))
-        return noFrame(run);
+    Outcome outcome;
+    const std::vector<Unit> units = handOver(session, device, &run, &outcome);
+    if (units.empty())
+        return outcome;
     run.drain();
     run.stop(); // at once, as the back end does it
     run.probe().forbid();
@@ -64,15 +77,11 @@ Outcome drain(Session &session, const Device &device)
 
 Outcome flush(Session &session, const Device &device)
 {
-    QString why;
-    const std::vector<Unit> units = makeStream(&session, device.type, Pictures, &why);
-    if (units.empty())
-        return Outcome::skip(why);
     DecoderRun run(&session, device.type);
-    if (!run.start())
-        return noDecoder(run);
-    if (!run.decodeAll(units))
-        return noFrame(run);
+    Outcome outcome;
+    const std::vector<Unit> units = handOver(session, device, &run, &outcome);
+    if (units.empty())
+        return outcome;
     run.flush();
     run.probe().forbid();
     const auto isBroken = [&] { return run.probe().forbidden() > 0; };

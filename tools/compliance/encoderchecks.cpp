@@ -250,14 +250,10 @@ Outcome release(Session &session, const Device &device)
         if (!run.encode(std::uint32_t(number), stampOf(number), number == 0))
             return noPicture(run, number);
     }
-    run.drop();
-    const PictureCount &pictures = run.pictures();
-    if (!session.waitUntil([&] { return pictures.released == pictures.made; },
-                           session.patience().wait))
-        return Outcome::fail(QStringLiteral("of %1 pictures it keeps %2 after it was dropped")
-                                     .arg(pictures.made)
-                                     .arg(pictures.made - pictures.released));
-    return Outcome::pass(QStringLiteral("pictures: %1").arg(pictures.made));
+    const QString problem = run.keepingProblem();
+    if (!problem.isEmpty())
+        return Outcome::fail(problem);
+    return Outcome::pass(QStringLiteral("pictures: %1").arg(run.pictures().made));
 }
 
 Outcome instances(Session &session, const Device &device)

@@ -184,6 +184,18 @@ void EncoderRun::drop()
     m_session->call(QStringLiteral("dropping the encoder"), [&] { m_encoder.reset(); });
 }
 
+QString EncoderRun::keepingProblem()
+{
+    drop();
+    const PictureCount &count = *m_pictures;
+    if (m_session->waitUntil([&] { return count.released == count.made; },
+                             m_session->patience().wait))
+        return QString();
+    return QStringLiteral("of %1 pictures it keeps %2 after it was dropped")
+            .arg(count.made)
+            .arg(count.made - count.released);
+}
+
 QString EncoderRun::trouble() const
 {
     const QString error = m_probe->error();

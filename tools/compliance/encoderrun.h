@@ -96,6 +96,8 @@ public:
     Veltra::Ocelle::EncoderConfig config(int bitRate) const;
     EncoderProbe &probe() { return *m_probe; }
     const PictureCount &pictures() const { return *m_pictures; }
+    /*! Drops the encoder and waits for its pictures; empty where all of them are given back. */
+    QString keepingProblem();
     QString trouble() const; // " (what the encoder tells)"
 
 private:

@@ -87,13 +87,9 @@ Outcome checkRgb(Session &session, const Device &device)
     problem = unitProblem(units);
     if (!problem.isEmpty())
         return Outcome::fail(problem);
-    run.drop();
-    const PictureCount &pictures = run.pictures();
-    if (!session.waitUntil([&] { return pictures.released == pictures.made; },
-                           session.patience().wait))
-        return Outcome::fail(QStringLiteral("of %1 pictures it keeps %2 after it was dropped")
-                                     .arg(pictures.made)
-                                     .arg(pictures.made - pictures.released));
+    problem = run.keepingProblem();
+    if (!problem.isEmpty())
+        return Outcome::fail(problem);
     const QString seen = QStringLiteral("pictures: %1").arg(units.size());
     if (!isListed(session, device.type, false))
         return Outcome::pass(seen + QStringLiteral(", whose colours no decoder shows"));

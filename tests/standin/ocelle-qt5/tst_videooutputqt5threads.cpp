@@ -12,6 +12,7 @@
 #include <ocelle/videooutputqt5.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -26,6 +27,35 @@ QList<qint64> range(int first, int last)
         numbers.append(i);
     return numbers;
 }
+
+/*! The surface stays in a call until that is let go. */
+class HeldCall
+{
+public:
+    std::function<void()> call()
+    {
+        return [this] { hold(); };
+    }
+    std::function<bool(const QVideoFrame &)> presentCall()
+    {
+        return [this](const QVideoFrame &) {
+            hold();
+            return true;
+        };
+    }
+    void waitUntilEntered() { m_entered.acquire(); }
+    void letGo(int calls = 1) { m_leave.release(calls); }
+
+private:
+    void hold()
+    {
+        m_entered.release();
+        m_leave.acquire();
+    }
+
+    Gate m_entered;
+    Gate m_leave;
+};
 
 } // namespace
 
@@ -69,17 +99,12 @@ void TestVideoOutputQt5Threads::deliveryDoesNotWaitForTheSurface()
 {
     SurfaceThread there;
     RecordingSurface *const surface = there.surface();
-    Gate entered;
-    Gate leave;
-    surface->onPresent = [&](const QVideoFrame &) {
-        entered.release();
-        leave.acquire();
-        return true;
-    };
+    HeldCall present;
+    surface->onPresent = present.presentCall();
     VideoOutputQt5 output;
     output.setVideoSurface(surface);
     output.onGraphicBuffer(makeLive(1));
-    entered.acquire();
+    present.waitUntilEntered();
 
     for (int i = 2; i <= 100; ++i)
         output.onGraphicBuffer(makeLive(i));
@@ -91,7 +116,7 @@ void TestVideoOutputQt5Threads::deliveryDoesNotWaitForTheSurface()
     QCOMPARE(statistics.dropped, 98u);
     QCOMPARE(statistics.presented, 0u);
 
-    leave.release(2);
+    present.letGo(2);
     QTRY_COMPARE(statisticsOf(*surface).presented, 2u);
     QCOMPARE(surface->startTimes(), (QList<qint64> { 1, 100 }));
 }
@@ -115,18 +140,14 @@ void TestVideoOutputQt5Threads::stoppedOnAnotherThreadWhileTheSurfaceStarts()
 {
     SurfaceThread there;
     RecordingSurface *const surface = there.surface();
-    Gate entered;
-    Gate leave;
-    surface->onStart = [&] {
-        entered.release();
-        leave.acquire();
-    };
+    HeldCall start;
+    surface->onStart = start.call();
     VideoOutputQt5 output;
     output.setVideoSurface(surface);
     output.onGraphicBuffer(makeLive(1));
-    entered.acquire();
+    start.waitUntilEntered();
     output.stop();
-    leave.release();
+    start.letGo();
     QTRY_COMPARE(surface->calls().join(QLatin1Char(' ')), QStringLiteral("start stop"));
     QTRY_COMPARE(statisticsOf(*surface).dropped, 1u);
 }
@@ -136,19 +157,15 @@ void TestVideoOutputQt5Threads::pictureOnItsWayIsShown_whenStoppedOnAnotherThrea
 {
     SurfaceThread there;
     RecordingSurface *const surface = there.surface();
-    Gate entered;
-    Gate leave;
-    surface->onStart = [&] {
-        entered.release();
-        leave.acquire();
-    };
+    HeldCall start;
+    surface->onStart = start.call();
     VideoOutputQt5 output;
     output.setVideoSurface(surface);
     for (int i = 1; i <= 20; ++i)
         output.onGraphicBuffer(makeDecoded(i));
-    entered.acquire();
+    start.waitUntilEntered();
     output.stop();
-    leave.release();
+    start.letGo();
     QTRY_COMPARE(surface->calls().last(), QStringLiteral("stop"));
     QCOMPARE(surface->startTimes(), range(1, 20));
     QCOMPARE(statisticsOf(*surface).dropped, 0u);
@@ -176,20 +193,15 @@ void TestVideoOutputQt5Threads::outputDestroyedWhileTheSurfaceIsBusyElsewhere()
 {
     SurfaceThread there;
     RecordingSurface *const surface = there.surface();
-    Gate entered;
-    Gate leave;
-    surface->onPresent = [&](const QVideoFrame &) {
-        entered.release();
-        leave.acquire();
-        return true;
-    };
+    HeldCall present;
+    surface->onPresent = present.presentCall();
     auto output = std::make_unique<VideoOutputQt5>();
     output->setVideoSurface(surface);
     output->onGraphicBuffer(makeDecoded(1));
-    entered.acquire();
+    present.waitUntilEntered();
     output->onGraphicBuffer(makeDecoded(2));
     output.reset(); // does not wait
-    leave.release();
+    present.letGo();
     QTRY_COMPARE(surface->calls().last(), QStringLiteral("stop"));
     QCOMPARE(surface->startTimes(), (QList<qint64> { 1 }));
 }
