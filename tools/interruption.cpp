@@ -24,13 +24,18 @@ extern "C" void onSignal(int)
         errno = error;
 }
 
-void setHandler(void (*handler)(int), int flags)
+void setHandler(int signal, void (*handler)(int), int flags)
 {
     struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = flags;
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    sigaction(signal, &action, nullptr);
+}
+
+bool isIgnored(int signal)
+{
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 } // namespace
@@ -46,14 +51,22 @@ Interruption::Interruption(QObject *parent)
         emit interrupted();
     });
     writeEnd = m_pipe[1];
-    setHandler(onSignal, static_cast<int>(SA_RESTART | SA_RESETHAND));
+    for (const int signal : { SIGINT, SIGTERM })
+        setHandler(signal, onSignal, static_cast<int>(SA_RESTART | SA_RESETHAND));
+    // Of a terminal that closes, both the shell and the kernel tell.
+    m_takesHangUp = !isIgnored(SIGHUP); // as nohup has it
+    if (m_takesHangUp)
+        setHandler(SIGHUP, onSignal, SA_RESTART);
 }
 
 Interruption::~Interruption()
 {
     if (m_pipe[0] < 0)
         return;
-    setHandler(SIG_DFL, 0);
+    for (const int signal : { SIGINT, SIGTERM })
+        setHandler(signal, SIG_DFL, 0);
+    if (m_takesHangUp)
+        setHandler(SIGHUP, SIG_DFL, 0);
     close(m_pipe[0]);
     close(m_pipe[1]);
 }

@@ -8,7 +8,8 @@ class QSocketNotifier;
 namespace Tool {
 
 /*!
- * Turns the first SIGINT or SIGTERM into a signal; a second one ends the program as usual.
+ * Turns the first SIGINT, SIGTERM or SIGHUP into a signal. A second SIGINT or SIGTERM ends the program
+ * as usual; a second SIGHUP does nothing, nor does the first one where it was ignored before.
  *
  * Threads: the thread it is made on. One object at a time.
  */
@@ -24,6 +25,7 @@ signals:
 
 private:
     int m_pipe[2] = { -1, -1 };
+    bool m_takesHangUp = false;
 };
 
 } // namespace Tool

@@ -3,8 +3,6 @@
 
 #include <QDeadlineTimer>
 
-#include <csignal>
-
 namespace {
 constexpr int Patience = 30000; // ms
 } // namespace
@@ -54,9 +52,10 @@ bool ToolProcess::waitForError(const QByteArray &text)
     return m_errors.contains(text);
 }
 
-void ToolProcess::interrupt()
+void ToolProcess::send(int signal)
 {
-    ::kill(pid_t(m_process.processId()), SIGINT);
+    if (m_process.processId() > 0)
+        ::kill(pid_t(m_process.processId()), signal);
 }
 
 ToolResult ToolProcess::finish()

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <csignal>
+
 /*! What a finished run of the tool left. */
 struct ToolResult
 {
@@ -30,7 +32,8 @@ public:
     QByteArray nextLine();
     /*! Waits until \a text is found on standard error. */
     bool waitForError(const QByteArray &text);
-    void interrupt(); // as Ctrl-C does
+    void interrupt() { send(SIGINT); } // as Ctrl-C does
+    void send(int signal);
     ToolResult finish();
 
     static ToolResult run(const QStringList &arguments,

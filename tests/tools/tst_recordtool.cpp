@@ -25,6 +25,7 @@ private slots:
     void record_doesNotCompareTurnedPictures();
     void record_tellsInWordsToo();
     void record_recordsFootage();
+    void record_endsWell_whenInterrupted_data();
     void record_endsWell_whenInterrupted();
     void record_keepsWhatItHas_whenTheCameraGoes();
     void record_refusesWhatCannotBe_data();
@@ -172,13 +173,22 @@ void RecordToolTest::record_recordsFootage()
     QCOMPARE(int(video.pictures.size()), video.packets);
 }
 
+void RecordToolTest::record_endsWell_whenInterrupted_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("Ctrl-C") << SIGINT;
+    QTest::newRow("kill") << SIGTERM;
+    QTest::newRow("terminal that closes") << SIGHUP;
+}
+
 void RecordToolTest::record_endsWell_whenInterrupted()
 {
+    QFETCH(int, signal);
     ToolProcess tool({ "record", "--camera", "pattern:back", "--json", path("out.mp4") },
                      "pattern");
     QVERIFY(tool.waitForError("Pictures of pattern:back come in"));
     QTRY_VERIFY(QFileInfo(path("out.mp4.part")).size() > 0);
-    tool.interrupt();
+    tool.send(signal);
     const ToolResult result = tool.finish();
     QVERIFY2(result.exitCode == 0, result.errors.constData());
     const int pictures = QJsonDocument::fromJson(result.output).object().value("pictures").toInt();
