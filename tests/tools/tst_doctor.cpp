@@ -40,7 +40,7 @@ private slots:
     void environment_isJudged_data();
     void environment_isJudged();
     void nodeWithoutPermission_isAProblem();
-    void nodes_areNotes_whereOtherCamerasAre();
+    void nodes_areNotes_whereTheyAreNotNeeded();
     void missingLibrary_isNamed();
     void missingCodec_isNamed();
     void findings_arePrinted();
@@ -65,6 +65,7 @@ void DoctorTest::environment_isJudged_data()
         "\"/no/such\" cannot be read: No such file");
     row("missing folder", "OCELLE_CAMERAS", "dir:/no/such", "problem", "cannot be read");
     row("no webcams", "OCELLE_CAMERAS", "pattern", "note", "leaves out webcams");
+    row("no webcams, in v4l2", "OCELLE_CAMERAS", "dir:/v4l2/..", "note", "leaves out webcams");
     row("format", "OCELLE_PATTERN_FORMAT", "rgb", "problem", "OCELLE_PATTERN_FORMAT=rgb");
     row("watchdog", "OCELLE_V4L2_WATCHDOG", "no", "problem", "OCELLE_V4L2_WATCHDOG=no");
     row("threads", "OCELLE_DECODER_THREADS", "4", "problem", "OCELLE_DECODER_THREADS=4");
@@ -103,22 +104,28 @@ void DoctorTest::nodeWithoutPermission_isAProblem()
           "Webcam: permission denied; members of the group \"video\" may use it" },
         { "/dev/video1", "Webcam", "", false, "not offered: it is for metadata" },
     };
-    const Findings findings = judgeNodes(nodes, true);
+    const Findings findings = judgeNodes(nodes, NodeUse::Welcome);
     const QStringList problems = problemsIn(findings);
     QCOMPARE(problems.size(), 1);
     QVERIFY(problems.first().startsWith(QLatin1String("/dev/video0")));
     QVERIFY(problems.first().contains(QLatin1String("permission denied")));
     QVERIFY(findings.first().advice.startsWith(QLatin1String("adduser USER video")));
     QVERIFY(isAdviceGiven(findings));
-    QCOMPARE(problemsIn(judgeNodes(nodes, false)).size(), 2); // and that there is none left
+    // And that there is none left.
+    QCOMPARE(problemsIn(judgeNodes(nodes, NodeUse::Needed)).size(), 2);
 }
 
-void DoctorTest::nodes_areNotes_whereOtherCamerasAre()
+void DoctorTest::nodes_areNotes_whereTheyAreNotNeeded()
 {
-    QVERIFY(!hasProblem(judgeNodes({}, true)));
-    QCOMPARE(problemsIn(judgeNodes({}, false)), QStringList { "there is no video node" });
+    QVERIFY(!hasProblem(judgeNodes({}, NodeUse::Welcome)));
+    QVERIFY(!hasProblem(judgeNodes({}, NodeUse::LeftOut)));
+    QCOMPARE(problemsIn(judgeNodes({}, NodeUse::Needed)), QStringList { "there is no video node" });
+    const std::vector<CameraNode> closed {
+        { "/dev/video0", "Webcam", "", false, "Webcam: permission denied" },
+    };
+    QVERIFY(!hasProblem(judgeNodes(closed, NodeUse::LeftOut)));
     const std::vector<CameraNode> good { { "/dev/video0", "Webcam", "v4l2:a", true, "offered" } };
-    QVERIFY(!hasProblem(judgeNodes(good, false)));
+    QVERIFY(!hasProblem(judgeNodes(good, NodeUse::Needed)));
 }
 
 void DoctorTest::missingLibrary_isNamed()

@@ -220,6 +220,7 @@ void DoctorToolTest::noCamera_isTold()
     QVERIFY2(result.output.contains("no camera came of dir:" + folder.path().toLocal8Bit()),
              result.output);
     QVERIFY2(result.output.contains("-> put video files into that folder"), result.output);
+    QVERIFY2(!result.output.contains("problem  devices"), result.output); // none is asked for
 }
 
 void DoctorToolTest::fileThatIsNoVideo_isTold()

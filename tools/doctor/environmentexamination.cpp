@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "environmentexamination.h"
 
+#include "platformexamination.h"
 #include "standinfunctions.h"
 
 #include <QFile>
@@ -47,7 +48,7 @@ Findings examineCameras(const QProcessEnvironment &environment)
         findings.append({ Level::Problem, area(),
                           QStringLiteral("OCELLE_CAMERAS: ") + QString::fromStdString(problem),
                           QStringLiteral("correct that entry or leave it out") });
-    if (problems->empty() && !value.contains(QLatin1String("v4l2")))
+    if (problems->empty() && leavesNodesOut(value))
         findings.append({ Level::Note, area(),
                           QStringLiteral("OCELLE_CAMERAS=%1 leaves out webcams").arg(value),
                           QStringLiteral("add v4l2 to have them") });

@@ -39,14 +39,22 @@ Findings examineRenderNodes()
     return findings;
 }
 
+// Of a value of OCELLE_CAMERAS, as they are written there.
+QStringList entriesOf(const QString &cameras)
+{
+    QStringList entries;
+    static const QRegularExpression part(QStringLiteral("(?:[^,\\\\]|\\\\.)+"));
+    auto parts = part.globalMatch(cameras);
+    while (parts.hasNext())
+        entries.append(parts.next().captured().trimmed());
+    return entries;
+}
+
 // Entries of OCELLE_CAMERAS that can be read and give no camera all the same; for where there is none.
 Findings barrenEntries(const QString &cameras)
 {
     Findings findings;
-    static const QRegularExpression part(QStringLiteral("(?:[^,\\\\]|\\\\.)+"));
-    auto parts = part.globalMatch(cameras);
-    while (parts.hasNext()) {
-        const QString entry = parts.next().captured().trimmed();
+    for (const QString &entry : entriesOf(cameras)) {
         const bool isFolder = entry.startsWith(QLatin1String("dir:"));
         const auto problems = Tool::problemsOfSelection(QFile::encodeName(entry).constData());
         if (!(isFolder || entry.startsWith(QLatin1String("file:"))) || !problems ||
@@ -102,12 +110,17 @@ int cameraCount()
     return manager ? manager->getNumberOfCameras() : 0;
 }
 
-Findings judgeNodes(const std::vector<CameraNode> &nodes, bool hasCameras)
+bool leavesNodesOut(const QString &cameras)
+{
+    return !entriesOf(cameras).contains(QStringLiteral("v4l2"));
+}
+
+Findings judgeNodes(const std::vector<CameraNode> &nodes, NodeUse use)
 {
     const QString area = QStringLiteral("devices");
-    const Level bad = hasCameras ? Level::Note : Level::Problem;
     if (nodes.empty())
-        return { { bad, area, QStringLiteral("there is no video node"),
+        return { { use == NodeUse::Needed ? Level::Problem : Level::Note, area,
+                   QStringLiteral("there is no video node"),
                    QStringLiteral("plug a camera in; where one is, dmesg may tell that the kernel "
                                   "has no driver for it") } };
     Findings findings;
@@ -117,15 +130,16 @@ Findings judgeNodes(const std::vector<CameraNode> &nodes, bool hasCameras)
                         .arg(QString::fromStdString(node.node), QString::fromStdString(node.name),
                              QString::fromStdString(node.finding));
         // A camera often has nodes that are no cameras; one that is closed to us always counts.
+        const bool isProblem = isDenied(node) && use != NodeUse::LeftOut;
         if (node.isOffered)
             findings.append({ Level::Good, area, text, QString() });
         else
             findings.append(
-                    { isDenied(node) ? Level::Problem : Level::Note, area, text, remedyFor(node) });
+                    { isProblem ? Level::Problem : Level::Note, area, text, remedyFor(node) });
     }
     const bool isAnyOffered = std::any_of(nodes.begin(), nodes.end(),
                                           [](const CameraNode &node) { return node.isOffered; });
-    if (!isAnyOffered && !hasCameras)
+    if (!isAnyOffered && use == NodeUse::Needed)
         findings.append({ Level::Problem, area, QStringLiteral("none of the nodes can be used"),
                           QStringLiteral("see each of them above") });
     return findings;
@@ -141,7 +155,13 @@ Findings examineNodes(bool hasCameras)
                              "a device's own"),
               QStringLiteral("ocelle compliance checks what those do") }
         } + examineRenderNodes();
-    return judgeNodes(*nodes, hasCameras) + examineRenderNodes();
+    const char *const variable = "OCELLE_CAMERAS";
+    const bool isLeftOut =
+            qEnvironmentVariableIsSet(variable) && leavesNodesOut(qEnvironmentVariable(variable));
+    const NodeUse use = isLeftOut    ? NodeUse::LeftOut
+                        : hasCameras ? NodeUse::Welcome
+                                     : NodeUse::Needed;
+    return judgeNodes(*nodes, use) + examineRenderNodes();
 }
 
 Findings judgeCodecs(const std::vector<VideoCodecInfo> &codecs)
