@@ -32,9 +32,23 @@ QString leftOver(const QString &part)
             .arg(part);
 }
 
+/*! What is there that is no file, and which one must not replace; empty where nothing is. */
+QString obstacle(const QString &name)
+{
+    const QFileInfo info(name);
+    if (info.isDir())
+        return QStringLiteral("\"%1\" is a folder").arg(name);
+    if (info.exists() && !info.isFile()) // a device, say
+        return QStringLiteral("\"%1\" is not an ordinary file").arg(name);
+    return QString();
+}
+
 /*! Why there cannot be a new file of that name; empty where there is one now. */
 QString creationProblem(const QString &file)
 {
+    const QString inTheWay = obstacle(file);
+    if (!inTheWay.isEmpty())
+        return inTheWay;
     constexpr mode_t mode = 0666; // less the umask
     const int descriptor = ::open(QFile::encodeName(file).constData(),
                                   O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
@@ -56,8 +70,11 @@ QString VideoFileWriter::problem(const QString &file, bool replace)
     const QFileInfo info(file);
     if (!info.dir().exists())
         return QStringLiteral("the folder of \"%1\" does not exist").arg(file);
-    if (info.isDir())
-        return QStringLiteral("\"%1\" is a folder").arg(file);
+    for (const QString &name : { file, file + partSuffix() }) {
+        const QString inTheWay = obstacle(name);
+        if (!inTheWay.isEmpty())
+            return inTheWay;
+    }
     if (replace)
         return QString();
     if (info.exists() || info.isSymLink())
@@ -82,7 +99,7 @@ bool VideoFileWriter::open(const QString &file, const Format &format, bool repla
     const auto container = containerOf(file);
     if (!container)
         return fail(QStringLiteral("its name ends in none of %1").arg(containerSuffixes()), error);
-    if (replace)
+    if (replace && obstacle(partName()).isEmpty())
         QFile::remove(partName()); // another program may be writing to it
     // So that of two programs that begin at the same time one is told.
     const QString problem = creationProblem(partName());

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 #include <libyuv/planar_functions.h>
+#include <sys/stat.h>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -97,6 +98,7 @@ private slots:
     void partOfACrash_isReplacedWhenAskedTo();
     void problem_namesWhatSpeaksAgainstIt_data();
     void problem_namesWhatSpeaksAgainstIt();
+    void open_leavesAloneWhatIsNoFile();
     void write_fails_withoutParameterSets();
     void open_fails_whereNothingCanBeWritten();
 
@@ -269,6 +271,12 @@ void VideoFileWriterTest::problem_namesWhatSpeaksAgainstIt_data()
                               << "is a folder";
     QTest::newRow("left over") << "b.mkv"
                                << "b.mkv.part\" is there already";
+    QTest::newRow("a pipe") << "pipe.mkv"
+                            << "pipe.mkv\" is not an ordinary file";
+    QTest::newRow("link to a device") << "device.mkv"
+                                      << "device.mkv\" is not an ordinary file";
+    QTest::newRow("what it begins as is a folder") << "c.mkv"
+                                                   << "c.mkv.part\" is a folder";
 }
 
 void VideoFileWriterTest::problem_namesWhatSpeaksAgainstIt()
@@ -278,9 +286,28 @@ void VideoFileWriterTest::problem_namesWhatSpeaksAgainstIt()
     QVERIFY(QDir(m_folder->path()).mkdir("folder.mkv"));
     QFile leftOver(path("b.mkv.part"));
     QVERIFY(leftOver.open(QIODevice::WriteOnly));
+    QVERIFY(QDir(m_folder->path()).mkdir("c.mkv.part"));
+    QCOMPARE(mkfifo(QFile::encodeName(path("pipe.mkv")), 0600), 0);
+    QVERIFY(QFile::link("/dev/null", path("device.mkv")));
     const QString found = VideoFileWriter::problem(path(name), false);
     QCOMPARE(found.isEmpty(), problem.isEmpty());
     QVERIFY2(found.contains(problem), qPrintable(found));
+    const QString forced = VideoFileWriter::problem(path(name), true);
+    QCOMPARE(forced, name == QLatin1String("b.mkv") ? QString() : found); // which is only a file
+}
+
+// Which came after problem() had looked.
+void VideoFileWriterTest::open_leavesAloneWhatIsNoFile()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir("a.mkv.part"));
+    QCOMPARE(mkfifo(QFile::encodeName(path("b.mkv.part")), 0600), 0);
+    VideoFileWriter folder;
+    QVERIFY(!folder.open(path("a.mkv"), format(VideoCodec::VP8), true, &m_error));
+    QVERIFY2(m_error.contains("a.mkv.part\" is a folder"), qPrintable(m_error));
+    VideoFileWriter pipe;
+    QVERIFY(!pipe.open(path("b.mkv"), format(VideoCodec::VP8), true, &m_error));
+    QVERIFY2(m_error.contains("b.mkv.part\" is not an ordinary file"), qPrintable(m_error));
+    QVERIFY(QFileInfo::exists(path("b.mkv.part")));
 }
 
 void VideoFileWriterTest::write_fails_withoutParameterSets()
