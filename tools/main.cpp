@@ -11,7 +11,8 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <cstring>
+#include <string>
+#include <vector>
 
 // The program links nothing of a platform, so that it starts where that is missing and can say so.
 namespace {
@@ -66,13 +67,12 @@ int main(int argc, char *argv[])
         return reinterpret_cast<decltype(&ocelleCommands)>(run)(argc, argv);
 
     const QString error = QString::fromLocal8Bit(dlerror());
-    const auto isGiven = [=](const char *word) {
-        return std::any_of(argv + 1, argv + argc,
-                           [=](const char *given) { return std::strcmp(given, word) == 0; });
-    };
-    if (argc > 1 && std::strcmp(argv[1], "doctor") == 0 && !isGiven("--help"))
-        return examineLoading(file, error, isGiven("--json"));
-    if (isGiven("--version"))
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    const std::vector<std::string> doctor { "doctor" };
+    const std::vector<std::string> doctorInJson { "doctor", "--json" };
+    if (words == doctor || words == doctorInJson)
+        return examineLoading(file, error, words == doctorInJson);
+    if (std::find(words.begin(), words.end(), "--version") != words.end())
         return Tool::printLine(QStringLiteral(OCELLE_VERSION)) ? Tool::Success : Tool::Failure;
     Tool::printError(QStringLiteral("%1; ocelle doctor tells what is missing").arg(error));
     return Tool::Failure;

@@ -265,6 +265,9 @@ void DoctorToolTest::program_startsWithoutThePlatform_data()
                             << QByteArray("-> install the platform's libraries") << QByteArray();
     QTest::newRow("doctor, JSON") << QStringList { "doctor", "--json" } << 1
                                   << QByteArray("\"level\": \"problem\"") << QByteArray();
+    for (const char *option : { "-h", "--help", "--bogus", "--cameras" })
+        QTest::newRow(option) << QStringList { "doctor", option } << 1 << QByteArray()
+                              << "ocelle: " + missing;
     QTest::newRow("list") << QStringList { "list" } << 1 << QByteArray() << "ocelle: " + missing;
     QTest::newRow("nothing") << QStringList {} << 1 << QByteArray() << "ocelle: " + missing;
     QTest::newRow("version") << QStringList { "--version" } << 0 << QByteArray(OCELLE_VERSION "\n")
