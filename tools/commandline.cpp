@@ -8,7 +8,6 @@
 #include <QFile>
 
 #include <CLI/CLI.hpp>
-#include <sstream>
 
 namespace Tool {
 namespace {
@@ -251,13 +250,8 @@ ComplianceOptions complianceOptions(const Words &words, bool json)
 // Prints what was asked for, or what was wrong.
 ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
 {
-    if (error.get_exit_code() == 0) {
-        std::ostringstream text;
-        app.exit(error, text, text);
-        QString lines = QString::fromStdString(text.str());
-        lines.chop(lines.endsWith(QLatin1Char('\n')) ? 1 : 0); // which printLine() adds
-        return printLine(lines) ? Success : Failure;
-    }
+    if (error.get_exit_code() == 0)
+        return printRequested(app, error) ? Success : Failure;
     const std::vector<std::string> unknown = app.remaining();
     const bool isCommand = app.get_subcommands().empty() && !unknown.empty();
     const auto command = app.get_subcommands().empty()

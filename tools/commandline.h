@@ -114,8 +114,8 @@ struct CommandLine
  * Understands the program's arguments.
  *
  * Errors: nothing, and \a exitCode set, if the program should end at once: Success after it was
- *         asked for help or its version, Usage after a wrong argument, which was explained on
- *         standard error.
+ *         asked for help or its version, Failure where that could not be printed, Usage after a
+ *         wrong argument. What went wrong was explained on standard error.
  */
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, int *exitCode);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "helpformatter.h"
 
+#include "console.h"
+
 #include <sstream>
 
 namespace Tool {
@@ -46,6 +48,15 @@ std::string HelpFormatter::make_subcommand(const CLI::App *command) const
 std::string HelpFormatter::make_description(const CLI::App *app) const
 {
     return wrapped(CLI::Formatter::make_description(app), Columns) + '\n';
+}
+
+bool printRequested(const CLI::App &app, const CLI::ParseError &request)
+{
+    std::ostringstream text;
+    app.exit(request, text, text);
+    QString lines = QString::fromStdString(text.str());
+    lines.chop(lines.endsWith(QLatin1Char('\n')) ? 1 : 0); // which printLine() adds
+    return printLine(lines);
 }
 
 } // namespace Tool

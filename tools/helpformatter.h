@@ -15,4 +15,7 @@ public:
     std::string make_description(const CLI::App *app) const override;
 };
 
+/*! Prints the help or version that \a request is for; false if that failed, which was told. */
+bool printRequested(const CLI::App &app, const CLI::ParseError &request);
+
 } // namespace Tool

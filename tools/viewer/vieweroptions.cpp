@@ -4,6 +4,7 @@
 #include "argumentchecks.h"
 #include "commandline.h"
 #include "console.h"
+#include "helpformatter.h"
 
 #include <CLI/CLI.hpp>
 
@@ -32,8 +33,7 @@ std::optional<ViewerOptions> parseViewerOptions(int argc, const char *const *arg
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         if (error.get_exit_code() == 0) {
-            app.exit(error);
-            *exitCode = Tool::Success;
+            *exitCode = Tool::printRequested(app, error) ? Tool::Success : Tool::Failure;
         } else {
             Tool::printError(QString::fromUtf8(error.what()) +
                              QStringLiteral("; ocelle-viewer --help tells more"));

@@ -19,8 +19,8 @@ struct ViewerOptions
 /*!
  * Reads the command line.
  *
- * Errors: nothing, and \a exitCode is to be returned: help was printed, or one line on standard error
- *         that says what is wrong.
+ * Errors: nothing, and \a exitCode is to be returned: help was asked for and printed, or one line on
+ *         standard error says what is wrong.
  */
 std::optional<ViewerOptions> parseViewerOptions(int argc, const char *const *argv, int *exitCode);
 

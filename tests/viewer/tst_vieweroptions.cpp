@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: BSD-3-Clause
+#include <QProcess>
+#include <QTest>
+
+/*! What the program does where it cannot print. */
+class TestViewerOptions : public QObject
+{
+    Q_OBJECT
+private slots:
+    void lostOutput_isTold_data();
+    void lostOutput_isTold();
+};
+
+void TestViewerOptions::lostOutput_isTold_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("output"); // as a shell redirects it
+    QTest::addColumn<QByteArray>("reason");
+    for (const char *option : { "--help", "--version" }) {
+        const QByteArray name = option;
+        QTest::newRow(name + ", full disk")
+                << option << "> /dev/full" << QByteArray("No space left on device");
+    }
+}
+
+void TestViewerOptions::lostOutput_isTold()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, output);
+    QFETCH(QByteArray, reason);
+    QProcess shell;
+    shell.start(QStringLiteral("sh"),
+                { QStringLiteral("-c"), "exec \"$@\" " + output, QStringLiteral("-"),
+                  QStringLiteral(OCELLE_VIEWER), option });
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(shell.exitCode(), 1);
+    QCOMPARE(shell.readAllStandardError(),
+             "ocelle-viewer: standard output cannot be written to: " + reason + '\n');
+}
+
+QTEST_GUILESS_MAIN(TestViewerOptions)
+#include "tst_vieweroptions.moc"
