@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "console.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -34,6 +35,14 @@ bool writeOut(const QByteArray &bytes)
 }
 
 } // namespace
+
+void holdStandardStreams()
+{
+    for (const int descriptor : { STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO }) {
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", O_RDONLY); // becomes the lowest one that is free, which is this one
+    }
+}
 
 bool printLine(const QString &text)
 {

@@ -6,6 +6,12 @@
 
 namespace Tool {
 
+/*!
+ * Gives those of standard input, output and error that are closed to /dev/null, or what is opened
+ * next would be taken for them. Writing to one of them fails. For the very start of a program.
+ */
+void holdStandardStreams();
+
 /*! Writes \a text and a line feed to standard output at once; false if that failed, which was told. */
 bool printLine(const QString &text);
 

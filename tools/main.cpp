@@ -59,6 +59,7 @@ int examineLoading(const QString &file, const QString &error, bool json)
 
 int main(int argc, char *argv[])
 {
+    Tool::holdStandardStreams();
     const QString file = commandsFile();
     // Global, as what a program links is to the plugins that it loads.
     void *const commands = dlopen(QFile::encodeName(file).constData(), RTLD_LAZY | RTLD_GLOBAL);

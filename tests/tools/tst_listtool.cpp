@@ -23,6 +23,8 @@ private slots:
     void pluginOfTheEnvironment_comesFirst();
     void lostOutput_isTold_data();
     void lostOutput_isTold();
+    void closedOutput_isTold_data();
+    void closedOutput_isTold();
     void wrongArguments_areExplained();
 };
 
@@ -207,6 +209,24 @@ void ListToolTest::lostOutput_isTold()
     QCOMPARE(process.exitCode(), 1);
     const QByteArray errors = process.readAllStandardError();
     QCOMPARE(errors.count("standard output cannot be written to: No space left on device\n"), 1);
+}
+
+void ListToolTest::closedOutput_isTold_data()
+{
+    lostOutput_isTold_data();
+}
+
+// Else what is opened first would be taken for it.
+void ListToolTest::closedOutput_isTold()
+{
+    QFETCH(QStringList, arguments);
+    QProcess shell;
+    shell.start(QStringLiteral("sh"),
+                QStringList { "-c", "exec \"$@\" >&-", "-", OCELLE_TOOL } + arguments);
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(shell.exitCode(), 1);
+    QCOMPARE(shell.readAllStandardError(),
+             QByteArray("ocelle: standard output cannot be written to: Bad file descriptor\n"));
 }
 
 void ListToolTest::wrongArguments_areExplained()

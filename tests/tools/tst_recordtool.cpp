@@ -27,6 +27,7 @@ private slots:
     void record_recordsFootage();
     void record_endsWell_whenInterrupted_data();
     void record_endsWell_whenInterrupted();
+    void record_isWhole_withoutStandardStreams();
     void record_keepsWhatItHas_whenTheCameraGoes();
     void record_refusesWhatCannotBe_data();
     void record_refusesWhatCannotBe();
@@ -197,6 +198,22 @@ void RecordToolTest::record_endsWell_whenInterrupted()
     QCOMPARE(video.packets, pictures);
     QCOMPARE(int(video.pictures.size()), pictures);
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList { "out.mp4" });
+}
+
+// What it writes is not mixed up with what it has to tell.
+void RecordToolTest::record_isWhole_withoutStandardStreams()
+{
+    QProcess shell;
+    shell.start("sh", { "-c", "exec \"$@\" <&- >&- 2>&-", "-", OCELLE_TOOL, "record", "--camera",
+                        "pattern:back", "--seconds", "0.5", path("out.mkv") });
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(shell.exitCode(), 1); // for its report
+    const RecordedVideo video = RecordedVideo::read(path("out.mkv"));
+    QVERIFY(video.packets > 0);
+    QCOMPARE(int(video.pictures.size()), video.packets);
+    QFile file(path("out.mkv"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(!file.readAll().contains("pattern:back"));
 }
 
 void RecordToolTest::record_keepsWhatItHas_whenTheCameraGoes()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
+#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -9,6 +10,7 @@ class TestViewerOptions : public QObject
 private slots:
     void lostOutput_isTold_data();
     void lostOutput_isTold();
+    void closedStreams_areNotTakenByOthers();
 };
 
 void TestViewerOptions::lostOutput_isTold_data()
@@ -20,6 +22,7 @@ void TestViewerOptions::lostOutput_isTold_data()
         const QByteArray name = option;
         QTest::newRow(name + ", full disk")
                 << option << "> /dev/full" << QByteArray("No space left on device");
+        QTest::newRow(name + ", closed") << option << ">&-" << QByteArray("Bad file descriptor");
     }
 }
 
@@ -36,6 +39,21 @@ void TestViewerOptions::lostOutput_isTold()
     QCOMPARE(shell.exitCode(), 1);
     QCOMPARE(shell.readAllStandardError(),
              "ocelle-viewer: standard output cannot be written to: " + reason + '\n');
+}
+
+// Not by the connection to the display, say.
+void TestViewerOptions::closedStreams_areNotTakenByOthers()
+{
+    QProcess shell;
+    shell.start(QStringLiteral("sh"),
+                { QStringLiteral("-c"), QStringLiteral("exec \"$@\" <&- >&- 2>&-"),
+                  QStringLiteral("-"), QStringLiteral(OCELLE_VIEWER) });
+    QVERIFY(shell.waitForStarted());
+    const QString open = QStringLiteral("/proc/%1/fd/").arg(shell.processId());
+    for (const char *stream : { "0", "1", "2" })
+        QTRY_COMPARE(QFile::symLinkTarget(open + stream), QStringLiteral("/dev/null"));
+    shell.terminate();
+    QVERIFY(shell.waitForFinished());
 }
 
 QTEST_GUILESS_MAIN(TestViewerOptions)
