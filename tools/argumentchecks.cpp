@@ -75,10 +75,15 @@ std::string snapshotProblem(const std::string &text)
     return {};
 }
 
+std::string nameProblem(const std::string &text)
+{
+    return text.empty() ? "\"\" is not the name of a file" : std::string();
+}
+
 std::string folderProblem(const std::string &text)
 {
     if (text.empty())
-        return "\"\" is not the name of a file";
+        return nameProblem(text);
     return QFileInfo(QFile::decodeName(text.c_str())).dir().exists()
                    ? std::string()
                    : "the folder of \"" + text + "\" does not exist";

@@ -18,6 +18,7 @@ std::string sizeProblem(const std::string &text);
 std::string rateProblem(const std::string &text);
 std::string framesProblem(const std::string &text);
 std::string snapshotProblem(const std::string &text);
+std::string nameProblem(const std::string &text);   // of a file
 std::string folderProblem(const std::string &text); // of a file's name
 std::string bitRateProblem(const std::string &text);
 std::string secondsProblem(const std::string &text);

@@ -96,7 +96,8 @@ void addEncoding(CLI::App *command, Words *words, bool *json)
     command->add_flag("--force", words->force, "Replace a file that is there");
     command->add_flag("--json", *json, "Print what it came to as JSON");
     command->add_option("OUT", words->output, "File to write: .mkv, .mp4, .webm or .ivf")
-            ->required();
+            ->required()
+            ->check(CLI::Validator(nameProblem, ""));
 }
 
 EncodingOptions encodingOptions(const CLI::App &command, const Words &words)
@@ -151,7 +152,9 @@ RecordOptions recordOptions(const CLI::App &record, const Words &words, bool jso
 
 void addEncode(CLI::App *encode, Words *words, bool *json)
 {
-    encode->add_option("IN", words->input, "Video file to read")->required();
+    encode->add_option("IN", words->input, "Video file to read")
+            ->required()
+            ->check(CLI::Validator(nameProblem, ""));
     addEncoding(encode, words, json);
 }
 
@@ -174,7 +177,9 @@ void addStreamCodec(CLI::App *command, Words *words)
 
 void addPlay(CLI::App *play, Words *words, bool *json)
 {
-    play->add_option("FILE", words->input, "Video file or bare stream to play")->required();
+    play->add_option("FILE", words->input, "Video file or bare stream to play")
+            ->required()
+            ->check(CLI::Validator(nameProblem, ""));
     addStreamCodec(play, words);
     play->add_option("--frames", words->frames, "End after N pictures")
             ->type_name("N")
@@ -205,7 +210,9 @@ PlayOptions playOptions(const CLI::App &play, const Words &words, bool json)
 
 void addVerify(CLI::App *verify, Words *words, bool *json)
 {
-    verify->add_option("FILE", words->input, "Recording of a pattern camera")->required();
+    verify->add_option("FILE", words->input, "Recording of a pattern camera")
+            ->required()
+            ->check(CLI::Validator(nameProblem, ""));
     addStreamCodec(verify, words);
     verify->add_flag("--json", *json, "Print what was found as JSON");
 }

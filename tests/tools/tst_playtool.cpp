@@ -268,6 +268,12 @@ void PlayToolTest::commands_refuseWhatCannotBe_data()
     QTest::newRow("no file") << QStringList { "play", "%1/none.mkv" }
                              << QByteArray("none.mkv: No such file or directory");
     QTest::newRow("folder") << QStringList { "play", "%1" } << QByteArray("Is a directory");
+    for (const QStringList &command : { QStringList { "play", "" }, QStringList { "verify", "" },
+                                        QStringList { "encode", "", "%1/out.mkv" },
+                                        QStringList { "transcode", "", "%1/out.mkv" },
+                                        QStringList { "encode", "%1/in.mkv", "" } })
+        QTest::newRow(qPrintable("no name, " + command.join(' ')))
+                << command << QByteArray("\"\" is not the name of a file");
     QTest::newRow("no video") << QStringList { "play", "%1/sound.mkv" }
                               << QByteArray("sound.mkv: has no video");
     QTest::newRow("text") << QStringList { "verify", "%1/text.mkv" }
