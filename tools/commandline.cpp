@@ -8,6 +8,7 @@
 #include <QFile>
 
 #include <CLI/CLI.hpp>
+#include <map>
 
 namespace Tool {
 namespace {
@@ -272,6 +273,76 @@ ExitCode endOf(const CLI::App &app, const CLI::ParseError &error)
     return Usage;
 }
 
+using Command = CommandLine::Command;
+
+// As the program's help lists them. Flags alone go to \a line at once.
+void addCommands(CLI::App *app, Words *words, CommandLine *line)
+{
+    CLI::App *list = app->add_subcommand("list", "Show the cameras and codecs and what they offer");
+    list->add_flag("--json", line->json, "Print them as JSON");
+    CLI::App *watch = app->add_subcommand("watch", "Tell of cameras that come and go");
+    watch->add_flag("--json", line->json, "Print each event as a line of JSON");
+    addPreview(app->add_subcommand("preview", "Show the pictures of a camera"), words, &line->json);
+    addRecord(app->add_subcommand("record", "Record the pictures of a camera to a file"), words,
+              &line->json);
+    addEncode(app->add_subcommand("encode", "Encode a video file to another one"), words,
+              &line->json);
+    addPlay(app->add_subcommand("play", "Play a video file"), words, &line->json);
+    addVerify(app->add_subcommand("verify", "Look for lost, repeated and reordered pictures in a "
+                                            "recorded test pattern"),
+              words, &line->json);
+    addEncode(app->add_subcommand("transcode", "Decode a video file and encode it to another one"),
+              words, &line->json);
+    CLI::App *doctor = app->add_subcommand("doctor", "Find out why something does not work");
+    doctor->add_flag("--cameras", line->cameras, "Look at the video nodes only, opening each");
+    doctor->add_flag("--json", line->json, "Print what was found as JSON");
+    addCompliance(app->add_subcommand("compliance", "Check that the platform libraries do what is "
+                                                    "expected of them"),
+                  words, &line->json);
+}
+
+Command commandNamed(const std::string &name)
+{
+    static const std::map<std::string, Command> commands {
+        { "list", Command::List },       { "watch", Command::Watch },
+        { "preview", Command::Preview }, { "record", Command::Record },
+        { "encode", Command::Encode },   { "play", Command::Play },
+        { "verify", Command::Verify },   { "transcode", Command::Transcode },
+        { "doctor", Command::Doctor },   { "compliance", Command::Compliance },
+    };
+    return commands.at(name);
+}
+
+void readOptions(const CLI::App &command, const Words &words, CommandLine *line)
+{
+    line->command = commandNamed(command.get_name());
+    switch (line->command) {
+    case Command::List:
+    case Command::Watch:
+    case Command::Doctor:
+        break; // have flags alone
+    case Command::Preview:
+        line->preview = previewOptions(command, words, line->json);
+        break;
+    case Command::Record:
+        line->record = recordOptions(command, words, line->json);
+        break;
+    case Command::Encode:
+    case Command::Transcode:
+        line->encode = encodeOptions(command, words, line->json);
+        break;
+    case Command::Play:
+        line->play = playOptions(command, words, line->json);
+        break;
+    case Command::Verify:
+        line->verify = verifyOptions(words, line->json);
+        break;
+    case Command::Compliance:
+        line->compliance = complianceOptions(words, line->json);
+        break;
+    }
+}
+
 } // namespace
 
 std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, int *exitCode)
@@ -284,74 +355,17 @@ std::optional<CommandLine> parseCommandLine(int argc, const char *const *argv, i
                "OCELLE_CAMERAS says which cameras there are: a comma-separated list of\n"
                "v4l2, pattern, file:PATH and dir:PATH. OCELLE_V4L2_WATCHDOG=off lets V4L2\n"
                "devices be silent for long, as those do that wait for a trigger.");
-
-    CommandLine result;
+    CommandLine line;
     Words words;
-    CLI::App *list = app.add_subcommand("list", "Show the cameras and codecs and what they offer");
-    list->add_flag("--json", result.json, "Print them as JSON");
-    CLI::App *watch = app.add_subcommand("watch", "Tell of cameras that come and go");
-    watch->add_flag("--json", result.json, "Print each event as a line of JSON");
-    CLI::App *preview = app.add_subcommand("preview", "Show the pictures of a camera");
-    addPreview(preview, &words, &result.json);
-    CLI::App *record = app.add_subcommand("record", "Record the pictures of a camera to a file");
-    addRecord(record, &words, &result.json);
-    CLI::App *encode = app.add_subcommand("encode", "Encode a video file to another one");
-    addEncode(encode, &words, &result.json);
-    CLI::App *play = app.add_subcommand("play", "Play a video file");
-    addPlay(play, &words, &result.json);
-    CLI::App *verify = app.add_subcommand(
-            "verify", "Look for lost, repeated and reordered pictures in a recorded test pattern");
-    addVerify(verify, &words, &result.json);
-    CLI::App *transcode =
-            app.add_subcommand("transcode", "Decode a video file and encode it to another one");
-    addEncode(transcode, &words, &result.json);
-    CLI::App *doctor = app.add_subcommand("doctor", "Find out why something does not work");
-    doctor->add_flag("--cameras", result.cameras, "Look at the video nodes only, opening each");
-    doctor->add_flag("--json", result.json, "Print what was found as JSON");
-
-    CLI::App *compliance = app.add_subcommand(
-            "compliance", "Check that the platform libraries do what is expected of them");
-    addCompliance(compliance, &words, &result.json);
-
+    addCommands(&app, &words, &line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         *exitCode = endOf(app, error);
         return std::nullopt;
     }
-    if (doctor->parsed())
-        result.command = CommandLine::Command::Doctor;
-    if (watch->parsed())
-        result.command = CommandLine::Command::Watch;
-    if (preview->parsed()) {
-        result.command = CommandLine::Command::Preview;
-        result.preview = previewOptions(*preview, words, result.json);
-    }
-    if (record->parsed()) {
-        result.command = CommandLine::Command::Record;
-        result.record = recordOptions(*record, words, result.json);
-    }
-    if (encode->parsed()) {
-        result.command = CommandLine::Command::Encode;
-        result.encode = encodeOptions(*encode, words, result.json);
-    }
-    if (play->parsed()) {
-        result.command = CommandLine::Command::Play;
-        result.play = playOptions(*play, words, result.json);
-    }
-    if (verify->parsed()) {
-        result.command = CommandLine::Command::Verify;
-        result.verify = verifyOptions(words, result.json);
-    }
-    if (transcode->parsed()) {
-        result.command = CommandLine::Command::Transcode;
-        result.encode = encodeOptions(*transcode, words, result.json);
-    }
-    if (compliance->parsed()) {
-        result.command = CommandLine::Command::Compliance;
-        result.compliance = complianceOptions(words, result.json);
-    }
-    return result;
+    readOptions(*app.get_subcommands().front(), words, &line);
+    return line;
 }
 
 } // namespace Tool
