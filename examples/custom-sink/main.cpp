@@ -111,6 +111,36 @@ public:
     }
 };
 
+QVideoEncoderSettings encoderSettings()
+{
+    QVideoEncoderSettings settings;
+    settings.setCodec(QStringLiteral("video/h264"));
+    settings.setBitRate(1000000); // bits per second
+    settings.setEncodingMode(QMultimedia::ConstantBitRateEncoding);
+    return settings;
+}
+
+/*! Ends the event loop once the sink has so many units, or after telling what went wrong. */
+void endAfter(int units, const StreamSink &sink, QPVEncodeControl *encoder)
+{
+    QCoreApplication *const application = QCoreApplication::instance();
+    const auto onError = [](const QString &error) {
+        qCritical("%s", qPrintable(error));
+        QCoreApplication::exit(1);
+    };
+    QObject::connect(
+            encoder, &QPVEncodeControl::error, application,
+            [=](QPVEncoder::Error, const QString &error) { onError(error); }, Qt::QueuedConnection);
+    QObject::connect(&sink, &StreamSink::failed, application, onError, Qt::QueuedConnection);
+    QObject::connect(
+            &sink, &StreamSink::unitWritten, application,
+            [units, &sink] {
+                if (sink.units() >= units)
+                    QCoreApplication::quit();
+            },
+            Qt::QueuedConnection);
+}
+
 [[noreturn]] void fail(const QString &error)
 {
     qCritical("%s", qPrintable(error));
@@ -139,11 +169,7 @@ int main(int argc, char **argv)
     if (!feed.encoder || !settings || !source)
         fail(service.error());
 
-    QVideoEncoderSettings wanted;
-    wanted.setCodec(QStringLiteral("video/h264"));
-    wanted.setBitRate(1000000); // bits per second
-    wanted.setEncodingMode(QMultimedia::ConstantBitRateEncoding);
-    settings->setVideoSettings(wanted);
+    settings->setVideoSettings(encoderSettings());
     source->addSink(&sink);
 
     QCamera camera;
@@ -155,21 +181,7 @@ int main(int argc, char **argv)
              "these");
     raw->setSurface(&feed); // a second surface, beside that of a viewfinder
 
-    const auto onError = [](const QString &error) {
-        qCritical("%s", qPrintable(error));
-        QCoreApplication::exit(1);
-    };
-    QObject::connect(
-            feed.encoder, &QPVEncodeControl::error, &application,
-            [&](QPVEncoder::Error, const QString &error) { onError(error); }, Qt::QueuedConnection);
-    QObject::connect(&sink, &StreamSink::failed, &application, onError, Qt::QueuedConnection);
-    QObject::connect(
-            &sink, &StreamSink::unitWritten, &application,
-            [&] {
-                if (sink.units() >= frames)
-                    QCoreApplication::quit();
-            },
-            Qt::QueuedConnection);
+    endAfter(frames, sink, feed.encoder);
     camera.start();
     const int result = application.exec();
 
