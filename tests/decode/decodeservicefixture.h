@@ -22,6 +22,7 @@
 namespace Statuses {
 constexpr int Unloaded = QPVDecoder::UnloadedStatus;
 constexpr int Loaded = QPVDecoder::LoadedStatus;
+constexpr int Standby = QPVDecoder::StandbyStatus; // never told
 constexpr int Stopping = QPVDecoder::StoppingStatus;
 constexpr int Starting = QPVDecoder::StartingStatus;
 constexpr int Active = QPVDecoder::ActiveStatus;
