@@ -20,6 +20,7 @@ private slots:
     void preview_showsCamera_andMirrorsTheFrontOne();
     void preview_staysMirrored_whenSizesChange();
     void settings_changeSizeAndRate();
+    void camera_thatIsChosenAlready_goesOn();
     void statistics_tellOfThePreview();
     void camera_thatIsPluggedIn_isOffered_andUnplugged_isToldOf();
     void message_hasRoomForItsWords_onPhone();
@@ -105,6 +106,32 @@ void TestViewerWindow::settings_changeSizeAndRate()
     QVERIFY(find("settings")->property("opened").toBool());
     press(Qt::Key_Escape);
     QTRY_VERIFY(!find("settings")->property("visible").toBool());
+}
+
+void TestViewerWindow::camera_thatIsChosenAlready_goesOn()
+{
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_S);
+    QTRY_VERIFY(find("settings")->property("opened").toBool());
+    QQuickItem *const box = qobject_cast<QQuickItem *>(find("cameraChoiceBox"));
+    const auto *const list = box->property("popup").value<QObject *>();
+    const auto choose = [&](Qt::Key key) {
+        box->forceActiveFocus(Qt::TabFocusReason);
+        press(Qt::Key_Space);
+        QTRY_VERIFY(list->property("opened").toBool());
+        press(key);
+        press(Qt::Key_Space);
+        QTRY_VERIFY(!list->property("visible").toBool());
+    };
+    QSignalSpy chosen(find("cameraChoice"), SIGNAL(chosen(int)));
+    QSignalSpy closedOrOpened(find("cameraView"), SIGNAL(isPresentChanged()));
+    choose(Qt::Key_Home); // where it is
+    QCOMPARE(chosen.count(), 1);
+    QCOMPARE(closedOrOpened.count(), 0);
+    choose(Qt::Key_End); // the other one
+    QCOMPARE(chosen.count(), 2);
+    QTRY_COMPARE(closedOrOpened.count(), 2);
 }
 
 void TestViewerWindow::statistics_tellOfThePreview()

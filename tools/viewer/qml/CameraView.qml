@@ -55,12 +55,14 @@ FocusScope {
         if (cameraModel.indexOf(cameraId) >= 0)
             loader.active = true
     }
+    function choose(id) {
+        if (id !== cameraId || !isPresent)
+            open(id)
+    }
     function openNext() {
         if (cameraModel.count === 0 || recorder.active)
             return
-        const next = (cameraModel.indexOf(cameraId) + 1) % cameraModel.count
-        if (cameraModel.idAt(next) !== cameraId || !isPresent)
-            open(cameraModel.idAt(next))
+        choose(cameraModel.idAt((cameraModel.indexOf(cameraId) + 1) % cameraModel.count))
     }
     function toggleRecording() {
         if (recorder.active)

@@ -36,7 +36,7 @@ SidePanel {
                 // The count is read so that it is looked up anew when cameras come and go.
                 index: panel.view.cameras.count > 0
                        ? panel.view.cameras.indexOf(panel.view.cameraId) : -1
-                onChosen: panel.view.open(panel.view.cameras.idAt(index))
+                onChosen: panel.view.choose(panel.view.cameras.idAt(index))
             }
             Choice {
                 objectName: "sizeChoice"
