@@ -16,6 +16,7 @@ private slots:
     void key_thatIsHeld_actsOnce_data();
     void key_thatIsHeld_actsOnce();
     void return_pressesActionOfMessage();
+    void return_opensAndClosesTheListOfAChoice_data();
     void return_opensAndClosesTheListOfAChoice();
     void return_closesTheKeys();
     void focus_goesRound_byTab();
@@ -73,6 +74,7 @@ void TestViewerKeys::key_thatIsHeld_actsOnce_data()
     QTest::addColumn<bool>("isOnButton");
     QTest::newRow("I") << int(Qt::Key_I) << QStringLiteral("i") << false;
     QTest::newRow("Return") << int(Qt::Key_Return) << QStringLiteral("\r") << true;
+    QTest::newRow("Enter") << int(Qt::Key_Enter) << QStringLiteral("\r") << true;
     QTest::newRow("Space") << int(Qt::Key_Space) << QStringLiteral(" ") << true;
 }
 
@@ -114,8 +116,16 @@ void TestViewerKeys::return_pressesActionOfMessage()
     QCOMPARE(textOf("problem"), QString());
 }
 
+void TestViewerKeys::return_opensAndClosesTheListOfAChoice_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Enter") << int(Qt::Key_Enter);
+}
+
 void TestViewerKeys::return_opensAndClosesTheListOfAChoice()
 {
+    QFETCH(int, key);
     open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
     QTRY_VERIFY(reading());
     press(Qt::Key_S);
@@ -123,10 +133,10 @@ void TestViewerKeys::return_opensAndClosesTheListOfAChoice()
     QQuickItem *const box = qobject_cast<QQuickItem *>(find("sizeChoiceBox"));
     const auto *const list = box->property("popup").value<QObject *>();
     box->forceActiveFocus(Qt::TabFocusReason);
-    press(Qt::Key_Return);
+    press(Qt::Key(key));
     QTRY_VERIFY(list->property("opened").toBool());
     press(Qt::Key_Down);
-    press(Qt::Key_Return);
+    press(Qt::Key(key));
     QTRY_VERIFY(!list->property("visible").toBool());
     QTRY_COMPARE(item("preview")->property("size").toSizeF(), QSizeF(1280, 720));
     QVERIFY(find("settings")->property("opened").toBool());

@@ -18,6 +18,8 @@ private slots:
     void cleanup() { reset(); }
     void key_takesPicture();
     void keys_recordAndPlay();
+    void return_playsTheChosenRecording_data();
+    void return_playsTheChosenRecording();
     void recordings_areNotPlayed_whileItRecords();
     void picture_ofAnotherFile_isNotShown();
     void recording_isCompleted_whenWindowIsClosed();
@@ -88,6 +90,28 @@ void TestViewerRecordings::keys_recordAndPlay()
     press(Qt::Key_L);
     QTRY_VERIFY(!textOf("playbackProblem").isEmpty());
     QVERIFY(!item("playback")->isVisible()); // nothing of what played before
+}
+
+void TestViewerRecordings::return_playsTheChosenRecording_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Enter") << int(Qt::Key_Enter);
+}
+
+void TestViewerRecordings::return_playsTheChosenRecording()
+{
+    QFETCH(int, key);
+    const QString file = makeRecording("Camera one.mkv");
+    QVERIFY(!file.isEmpty());
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_V);
+    QTRY_VERIFY(find("recordings")->property("opened").toBool());
+    item("recordingsList")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key(key));
+    QTRY_VERIFY(item("playbackView")->isVisible());
+    QCOMPARE(item("playbackView")->property("file").toString(), file);
 }
 
 void TestViewerRecordings::recordings_areNotPlayed_whileItRecords()

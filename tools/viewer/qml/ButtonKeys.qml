@@ -7,10 +7,13 @@ Item {
 
     property Item pressed
 
-    Keys.onReturnPressed: {
+    function press(event) {
         if (!event.isAutoRepeat)
             keys.pressed.clicked()
     }
+
+    Keys.onReturnPressed: press(event)
+    Keys.onEnterPressed: press(event) // of the keypad
     Keys.onSpacePressed: event.accepted = event.isAutoRepeat
     Keys.onReleased: event.accepted = event.key === Qt.Key_Space && event.isAutoRepeat
 }

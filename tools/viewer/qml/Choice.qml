@@ -30,7 +30,7 @@ RowLayout {
         Accessible.name: choice.name
         // As Space does. The list that is open takes it when it is let go, which has to be left to it.
         Keys.onReleased: {
-            const isReturn = event.key === Qt.Key_Return
+            const isReturn = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
             event.accepted = event.isAutoRepeat || (isReturn && !popup.visible)
             if (isReturn && !popup.visible && !event.isAutoRepeat)
                 popup.open()

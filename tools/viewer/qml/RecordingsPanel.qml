@@ -49,10 +49,14 @@ SidePanel {
             activeFocusOnTab: true
             keyNavigationEnabled: true
             model: list.files
-            Keys.onReturnPressed: {
+
+            function chooseCurrent() {
                 if (currentIndex >= 0)
                     panel.chosen(list.files[currentIndex].path)
             }
+
+            Keys.onReturnPressed: chooseCurrent()
+            Keys.onEnterPressed: chooseCurrent() // of the keypad
             ScrollBar.vertical: ScrollBar {}
 
             delegate: ItemDelegate {
