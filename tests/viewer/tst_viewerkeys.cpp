@@ -19,6 +19,7 @@ private slots:
     void return_opensAndClosesTheListOfAChoice_data();
     void return_opensAndClosesTheListOfAChoice();
     void return_closesTheKeys();
+    void quitKey_works_whileTheKeysAreShown();
     void focus_goesRound_byTab();
 
 private:
@@ -160,6 +161,16 @@ void TestViewerKeys::return_closesTheKeys()
     QVERIFY(!find("statistics")->property("visible").toBool());
     press(Qt::Key_Return); // on the one that had the focus before
     QTRY_VERIFY(find("statistics")->property("visible").toBool());
+}
+
+void TestViewerKeys::quitKey_works_whileTheKeysAreShown()
+{
+    open({ QStringLiteral("pattern:back"), QSize(640, 480), 30 });
+    QTRY_VERIFY(reading());
+    press(Qt::Key_F1);
+    QTRY_VERIFY(find("keys")->property("opened").toBool());
+    press(Qt::Key_Q, Qt::ControlModifier);
+    QTRY_VERIFY(!window()->isVisible());
 }
 
 void TestViewerKeys::focus_goesRound_byTab()

@@ -172,6 +172,7 @@ ApplicationWindow {
     }
     Shortcut {
         sequence: "Ctrl+Q"
+        context: Qt.ApplicationShortcut // also while something modal is open
         autoRepeat: false
         onActivated: window.close()
     }
