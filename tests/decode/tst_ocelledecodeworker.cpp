@@ -1,49 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "calllog.h"
-#include "codecworkerfixture.h"
-#include "decodeservicefixture.h"
+#include "decodeworkerfixture.h"
 #include "eventcounter.h"
 #include "messagelog.h"
-#include "ocelledecodeworker.h"
 
 #include <QtTest>
-
-#include <memory>
 
 using namespace Statuses;
 
 namespace {
 
 const QString Decoding("warning veltra.palaver.decoder.ocelle: ");
-
-/*! A worker that the test drives. Its decoders are "decoder 1" and so on. */
-class WorkerFixture : public CodecWorkerFixture<DecodeServiceFixture, OcelleDecodeWorker>
-{
-public:
-    std::shared_ptr<Veltra::Ocelle::VideoDecoder> makeDecoder()
-    {
-        return std::make_shared<FakeVideoDecoder>(nextNumber(), script);
-    }
-    bool startWorker() { return worker.start(makeDecoder(), streamSettings()); }
-    /*! Does all there is to do, what comes up meanwhile too. */
-    void work()
-    {
-        for (int round = 0; round < 3; ++round)
-            QCoreApplication::processEvents();
-    }
-    void applyState() { QMetaObject::invokeMethod(&worker, "applyState"); } // at once
-    void enqueue(int count, quint64 first = 1)
-    {
-        for (int i = 0; i < count; ++i)
-            QVERIFY(worker.enqueue(testFrame(first + static_cast<quint64>(i))));
-    }
-    /*! Calls to the decoders, short of their settings. */
-    QStringList calls() const
-    {
-        QStringList calls = CallLog::instance().texts("decoder");
-        return calls.replaceInStrings(QRegularExpression(R"(\(codec.*\)|, type 0, xy)"), "");
-    }
-};
 
 } // namespace
 
@@ -53,7 +19,7 @@ class TestDecodeWorker : public QObject
 private slots:
     void construction_hasTheDefaults()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         QVERIFY(!f.worker.parent());
         QCOMPARE(f.worker.depth(), 20);
         QCOMPARE(f.worker.threshold(), 0);
@@ -69,7 +35,7 @@ private slots:
 
     void start_takesEffectOnTheWorkersThread()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         QVERIFY(f.startWorker());
         QVERIFY(f.worker.running());
         QCOMPARE(int(f.worker.status()), Unloaded);
@@ -81,7 +47,7 @@ private slots:
 
     void start_decodesWhatIsQueuedAlready()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.enqueue(2); // before anything is asked for
         f.startWorker();
         f.enqueue(1, 3);
@@ -92,9 +58,72 @@ private slots:
         QCOMPARE(f.statuses, (QList<int> { Loaded, Starting, Active }));
     }
 
+    void start_postsAnEventOnceTheDecoderRuns()
+    {
+        DecodeWorkerFixture f;
+        EventCounter events(&f.worker, QEvent::User);
+        f.startWorker();
+        f.work();
+        QCOMPARE(events.count, 1); // for what may be queued
+        f.worker.flush();
+        f.script->initializeFails = true;
+        f.startWorker();
+        f.work();
+        QCOMPARE(f.statuses.count(Loaded), 2);
+        QCOMPARE(events.count, 1); // nobody to decode it
+    }
+
+    void requestState_isTheLastWordOnWhetherToRun()
+    {
+        DecodeWorkerFixture f;
+        f.startWorker();
+        f.worker.requestState(false);
+        QVERIFY(!f.worker.running());
+        f.work();
+        QCOMPARE(f.calls(), QStringList());
+        f.worker.requestState(true);
+        QVERIFY(f.worker.running());
+        QCOMPARE(f.calls(), QStringList()); // the worker's thread does it
+        f.work();
+        QCOMPARE(f.calls(), QStringList("decoder 1: initialize")); // what was handed over before
+        QCOMPARE(f.statuses, (QList<int> { Loaded, Starting }));
+        QCOMPARE(f.recorder.errors, QStringList());
+    }
+
+    void requestState_withoutADecoder_isAnError()
+    {
+        DecodeWorkerFixture f;
+        f.worker.requestState(true);
+        QVERIFY(f.worker.running());
+        f.work();
+        QCOMPARE(f.recorder.errors, QStringList("3 Decoder error"));
+        QCOMPARE(f.statuses, QList<int>());
+    }
+
+    void startOnTheWorkersThread_takesWhatIsPendingAtOnce()
+    {
+        DecodeWorkerFixture f;
+        f.startWorker();
+        f.worker.kill(); // has frames refused
+        QVERIFY(!f.worker.enqueue(testFrame()));
+        EventCounter events(&f.worker, QEvent::User);
+        f.worker.start();
+        QCOMPARE(f.calls(), QStringList("decoder 1: initialize"));
+        QCOMPARE(f.statuses, (QList<int> { Loaded, Starting }));
+        QCOMPARE(f.recorder.errors, QStringList());
+        QCOMPARE(events.count, 0);
+        QCoreApplication::sendPostedEvents(&f.worker, QEvent::User);
+        QCOMPARE(events.count, 1);
+        QVERIFY(f.worker.enqueue(testFrame()));
+        f.worker.start(); // nothing is pending any more
+        QCOMPARE(f.recorder.errors, QStringList("3 Decoder error"));
+        QCOMPARE(f.statuses.mid(2), QList<int> { Unloaded });
+        QCOMPARE(f.calls().size(), 1);
+    }
+
     void startOfNothing_isAnError()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         QVERIFY(f.worker.start(nullptr, streamSettings()));
         f.work();
         QVERIFY(f.recorder.errors.contains("3 Decoder error"));
@@ -107,7 +136,7 @@ private slots:
 
     void startThatFails_isAnErrorAndMayBeTriedAgain()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.script->initializeFails = true;
         QVERIFY(f.startWorker());
         f.applyState();
@@ -127,7 +156,7 @@ private slots:
 
     void decoderThatIsNotTaken_goesBeforeTheErrorIsTold()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.script->initializeFails = true;
         f.startWorker();
         f.applyState(); // loads the first, which stays
@@ -138,55 +167,9 @@ private slots:
                  (QStringList { "decoder 2: destroyed", "control: error(3 Decoder error)" }));
     }
 
-    void enqueue_refusesWhatIsBeyondTheDepth()
-    {
-        WorkerFixture f;
-        f.enqueue(20);
-        QVERIFY(!f.worker.enqueue(testFrame(21)));
-        QCOMPARE(f.worker.dequeue().meta().timestamp, quint64(1)); // the oldest
-        QVERIFY(f.worker.enqueue(testFrame(22)));
-        QVERIFY(!f.worker.enqueue(testFrame(23)));
-        f.worker.setDepth(21);
-        QCOMPARE(f.worker.depth(), 21);
-        QVERIFY(f.worker.enqueue(testFrame(24)));
-        QVERIFY(!f.worker.enqueue(testFrame(25)));
-        f.worker.setDepth(0);
-        QVERIFY(!f.worker.enqueue(testFrame(26)));
-        QCOMPARE(f.hints, QList<unsigned int>());
-    }
-
-    void burst_isOneEvent()
-    {
-        WorkerFixture f;
-        f.startWorker();
-        f.work();
-        EventCounter events(&f.worker, QEvent::User);
-        f.enqueue(20);
-        f.work();
-        QCOMPARE(events.count, 1);
-        QCOMPARE(f.calls().filter("decode(").size(), 20);
-        f.enqueue(1, 21);
-        f.work();
-        QCOMPARE(events.count, 2);
-    }
-
-    void event_ofTheOneTypeDecodes()
-    {
-        WorkerFixture f;
-        f.startWorker();
-        f.work();
-        f.enqueue(1);
-        QEvent other(static_cast<QEvent::Type>(1001));
-        QCoreApplication::sendEvent(&f.worker, &other);
-        QVERIFY(f.calls().filter("decode(").isEmpty());
-        QEvent event(static_cast<QEvent::Type>(1000));
-        QVERIFY(QCoreApplication::sendEvent(&f.worker, &event));
-        QCOMPARE(f.calls().filter("decode(").size(), 1);
-    }
-
     void flush_discardsWhatIsQueuedAndRefusesMore()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.work();
         f.enqueue(5);
@@ -203,7 +186,7 @@ private slots:
 
     void drain_decodesAFullQueueFirst()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.work();
         f.enqueue(20);
@@ -220,7 +203,7 @@ private slots:
 
     void flushBeforeTheWorkerCameToStart_decodesNothing()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.enqueue(3);
         f.worker.flush();
@@ -234,7 +217,7 @@ private slots:
 
     void startFlushStart_inOneGo_decodesNothingOfTheFirst()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.enqueue(3);
         f.worker.flush();
@@ -250,7 +233,7 @@ private slots:
 
     void anotherStart_endsTheOneBefore()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.work();
         f.enqueue(2);
@@ -262,80 +245,6 @@ private slots:
                                 "decoder 1: destroyed", "decoder 2: initialize" }));
         QCOMPARE(f.statuses,
                  (QList<int> { Loaded, Starting, Active, Stopping, Unloaded, Loaded, Starting }));
-    }
-
-    void needData_comesWhenTheQueueFallsBelowTheMark()
-    {
-        WorkerFixture f;
-        f.startWorker();
-        f.work();
-        f.worker.setThreshold(3);
-        QCOMPARE(f.hints, QList<unsigned int> { 20 });
-        f.hints.clear();
-        f.enqueue(5);
-        f.work();
-        QCOMPARE(f.worker.threshold(), 3);
-        QCOMPARE(f.hints, QList<unsigned int> { 18 });
-        QCOMPARE(f.calls().filter("decode(").size(), 5);
-    }
-
-    void setThreshold_tellsAtOnce_whereItIsAboveTheQueue()
-    {
-        WorkerFixture f;
-        f.enqueue(2);
-        f.worker.setThreshold(2);
-        QCOMPARE(f.hints, QList<unsigned int>());
-        f.worker.setThreshold(5);
-        QCOMPARE(f.hints, QList<unsigned int> { 18 });
-    }
-
-    void needData_hasNoRoomWhereTheDepthIsLessThanTheQueue()
-    {
-        WorkerFixture f;
-        f.startWorker();
-        f.work();
-        f.enqueue(3);
-        f.worker.setDepth(1);
-        f.worker.setThreshold(4);
-        QCOMPARE(f.hints, QList<unsigned int> { 0 });
-        f.worker.setThreshold(3);
-        f.work();
-        QCOMPARE(f.hints, (QList<unsigned int> { 0, 0 })); // two are left
-    }
-
-    void needData_mayBeAnsweredFromItsSlot()
-    {
-        WorkerFixture f;
-        quint64 time = 100;
-        connect(&f.worker, &OcelleDecodeWorker::needData, this, [&](unsigned int room) {
-            for (; room > 0 && time < 110; --room)
-                QVERIFY(f.worker.enqueue(testFrame(time++)));
-        });
-        f.startWorker();
-        f.worker.setThreshold(2);
-        f.work();
-        QCOMPARE(f.calls().filter("decode(").size(), 10);
-        QCOMPARE(f.calls().last(), QString("decoder 1: decode(109)"));
-    }
-
-    void refusedFrame_isReportedAndTheNextTried()
-    {
-        WorkerFixture f;
-        f.startWorker();
-        f.work();
-        f.script->decodeFails = true;
-        MessageLog messages;
-        f.enqueue(2);
-        f.work();
-        QCOMPARE(f.calls().filter("decode(").size(), 2);
-        QCOMPARE(f.recorder.errors, (QStringList { "3 Decoder error", "3 Decoder error" }));
-        const QStringList warnings = messages.messages(Decoding);
-        QCOMPARE(warnings.size(), 2);
-        QString expected;
-        QDebug(&expected) << "The decoder rejected the frame" << testFrame(1);
-        QCOMPARE(warnings.first(), Decoding + expected.trimmed());
-        QCOMPARE(f.statuses.last(), Active);
-        QCOMPARE(f.script->blocksReleased.load(), 2);
     }
 
     void loadedAndStopping_areOnlyPassedOn_data()
@@ -352,7 +261,7 @@ private slots:
     {
         QFETCH(int, status);
         QFETCH(int, calls);
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.work();
         EventCounter events(&f.worker, QEvent::MetaCall);
         QMetaObject::invokeMethod(&f.worker, "onStatusChanged", Qt::DirectConnection,
@@ -364,7 +273,7 @@ private slots:
 
     void kill_dropsAtOnceAndTakesNoMore()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.work();
         f.enqueue(2);
@@ -380,7 +289,7 @@ private slots:
 
     void eos_onlyWarns()
     {
-        WorkerFixture f;
+        DecodeWorkerFixture f;
         f.startWorker();
         f.work();
         MessageLog messages;
