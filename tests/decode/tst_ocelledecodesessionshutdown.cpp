@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include "calllog.h"
 #include "decodeservicefixture.h"
 #include "fakegraphicbuffer.h"
 #include "librarythread.h"
@@ -8,31 +7,8 @@
 #include <QPointer>
 #include <QtTest>
 
-#include <atomic>
-#include <memory>
-#include <thread>
-
 using namespace Statuses;
 using namespace Veltra::Ocelle;
-
-namespace {
-
-QStringList calls(const QString &object = QString())
-{
-    return CallLog::instance().texts(object);
-}
-
-void tellEverything(FakeVideoDecoder &decoder)
-{
-    const YCbCrFrame frame {};
-    decoder.deliver(&frame);
-    decoder.deliver(GraphicBuffer::create(1));
-    decoder.changeParameter(VideoDecoderParameter::ViewportParameter, "(1,2,3,4)");
-    decoder.fail("too late");
-    decoder.endStream();
-}
-
-} // namespace
 
 class TestDecodeSessionShutdown : public QObject
 {
@@ -188,107 +164,6 @@ private slots:
         QCOMPARE(f.script->blocksReleased.load(), f.script->blocksTaken.load());
     }
 
-    void service_mayGoInASlotThatADecodersThreadWaitsFor()
-    {
-        DecodeServiceFixture f;
-        QVERIFY(f.activate());
-        const auto decoder = f.decoder();
-        connect(
-                f.control, &QPVDecodeControl::error, this, [&] { delete f.service.release(); },
-                Qt::BlockingQueuedConnection);
-        LibraryThread library("FakeDecoder", [&decoder] { decoder->fail("text"); });
-        QTRY_VERIFY(!f.service);
-        library.join();
-        tellEverything(*decoder);
-        QCOMPARE(f.recorder.errors.filter("too late"), QStringList());
-    }
-
-    void service_goesWhileADecodersThreadTellsOfAnError()
-    {
-        DecodeServiceFixture f;
-        QVERIFY(f.activate());
-        const auto decoder = f.decoder();
-        Gate slotGate;
-        slotGate.close();
-        connect(
-                f.control, &QPVDecodeControl::error, f.control, [&slotGate] { slotGate.pass(); },
-                Qt::DirectConnection);
-        QPointer<QPVDecodeControl> control(f.control);
-        LibraryThread library("FakeDecoder", [&decoder] { decoder->fail("text"); });
-        QTRY_COMPARE(slotGate.waiting(), 1);
-        f.service.reset();
-        QVERIFY(control); // its signal is being handled
-        slotGate.open();
-        library.join();
-        QTRY_VERIFY(!control);
-    }
-
-    void service_waitsForAPictureThatADecoderDelivers()
-    {
-        FakeSurface surface;
-        DecodeServiceFixture f;
-        f.renderer->setSurface(&surface);
-        QVERIFY(f.activate());
-        const auto kept = f.decoder();
-        const auto output = FakeVideoOutput::at(1);
-        output->bufferGate.close();
-        LibraryThread library("FakeDecoder", [&kept] { kept->deliver(GraphicBuffer::create(7)); });
-        QTRY_COMPARE(output->bufferGate.waiting(), 1);
-        LibraryThread opener("FakeOpener", [&output] {
-            while (!calls("decoder 1").contains("decoder 1: stop()"))
-                std::this_thread::yield();
-            output->bufferGate.open();
-        });
-        f.service.reset();
-        library.join();
-        QCOMPARE(output->buffers(), QVector<int> { 7 });
-        QCOMPARE(GraphicBuffer::alive(), 0);
-    }
-
-    void decoderThatThePlatformKeeps_findsNobodyLater()
-    {
-        FakeSurface surface;
-        DecodeServiceFixture f;
-        f.renderer->setSurface(&surface);
-        QVERIFY(f.activate());
-        const auto kept = f.decoder();
-        f.control->stop();
-        QVERIFY(f.waitForStatus(Unloaded));
-        QVERIFY(kept->fail("late")); // there is still a service
-        QTRY_COMPARE(f.recorder.errors, QStringList("3 late"));
-        f.service.reset();
-        CallLog::instance().clear();
-        tellEverything(*kept);
-        QCOMPARE(calls(), QStringList());
-        QCOMPARE(GraphicBuffer::alive(), 0);
-    }
-
-    void decoderThatThePlatformDropsWhileTheServiceGoes_findsNobodyLater()
-    {
-        FakeSurface surface;
-        DecodeServiceFixture f;
-        f.renderer->setSurface(&surface);
-        QVERIFY(f.activate());
-        auto kept = f.decoder();
-        f.control->stop();
-        QVERIFY(f.waitForStatus(Unloaded));
-        Gate destroyGate;
-        destroyGate.close();
-        f.script->onDestroy = [&destroyGate](FakeVideoDecoder &decoder) {
-            destroyGate.pass();
-            tellEverything(decoder);
-        };
-        LibraryThread library("FakeDecoder", [&kept] { kept.reset(); });
-        QTRY_COMPARE(destroyGate.waiting(), 1);
-        f.service.reset(); // nobody can be told now: the last reference has gone
-        CallLog::instance().clear();
-        destroyGate.open();
-        library.join();
-        QCOMPARE(calls(), QStringList("decoder 1: destroyed"));
-        QCOMPARE(GraphicBuffer::alive(), 0);
-        f.script->onDestroy = nullptr;
-    }
-
     void session_mayGoWithoutShutdown()
     {
         FakePlatform platform;
@@ -299,43 +174,6 @@ private slots:
             QVERIFY(session.startDecoder(streamSettings()));
         }
         QCOMPARE(platform.codecs.heldDecoders(), 0);
-    }
-
-    void picturesThatKeepComing_doNotDisturbTheEnd()
-    {
-        for (int round = 0; round < 20; ++round) {
-            FakeSurface surface;
-            DecodeServiceFixture f;
-            f.renderer->setSurface(&surface);
-            std::atomic<bool> ends { false };
-            std::unique_ptr<LibraryThread> library;
-            // As a library does: its thread goes with the decoder.
-            f.script->onInitialize = [&](FakeVideoDecoder &decoder) {
-                library = std::make_unique<LibraryThread>("FakeDecoder", [&] {
-                    while (!ends) {
-                        decoder.deliver(GraphicBuffer::create(1));
-                        decoder.changeParameter(VideoDecoderParameter::ViewportParameter,
-                                                "(1,2,3,4)");
-                        decoder.endStream();
-                        decoder.fail("again");
-                    }
-                });
-            };
-            f.script->onDestroy = [&](FakeVideoDecoder &) {
-                ends = true;
-                library.reset();
-            };
-            if (round % 2)
-                QVERIFY(f.activate() && f.waitForCall("control: error(3 again)"));
-            else
-                QVERIFY(f.control->start(streamSettings()));
-            f.service.reset();
-            QCOMPARE(f.platform.codecs.heldDecoders(), 0);
-            QCOMPARE(GraphicBuffer::alive(), 0);
-            QCOMPARE(FakeVideoOutput::alive(), 0);
-            CallLog::instance().clear();
-            f.script->onDestroy = nullptr;
-        }
     }
 
     void manyRuns_leaveNothingBehind()

@@ -68,6 +68,7 @@ void MessageLog::handle(QtMsgType type, const QMessageLogContext &context, const
         log->m_messages.append(typeName(type) + QLatin1Char(' ') + category + QStringLiteral(": ") +
                                text);
     }
+    log->gate.pass();
     if (log->m_previous && category == QLatin1String("default"))
         log->m_previous(type, context, text);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
+#include "gate.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -23,6 +25,8 @@ public:
     /*! All messages, or those that start with \a prefix. */
     QStringList messages(const QString &prefix = QString()) const;
     void clear();
+
+    Gate gate; // holds up whoever logs, once the message is caught
 
 private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text);

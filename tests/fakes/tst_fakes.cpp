@@ -182,6 +182,18 @@ private slots:
         qCWarning(lcTest) << "trouble" << 1;
         QCOMPARE(log.messages(), QStringList("warning ocelle.tests.fakes: trouble 1"));
     }
+
+    void messageLog_holdsUpWhoeverLogs()
+    {
+        MessageLog log;
+        log.gate.close();
+        LibraryThread thread("Logs", [] { qCWarning(lcTest) << "held"; });
+        QTRY_COMPARE(log.gate.waiting(), 1);
+        const QStringList messages = log.messages();
+        log.gate.open();
+        thread.join();
+        QCOMPARE(messages, QStringList("warning ocelle.tests.fakes: held"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestFakes)
