@@ -37,6 +37,15 @@ inline QString avErrorText(int code)
     return QString::fromLocal8Bit(text);
 }
 
+/*! Why a file cannot be opened as a video. */
+inline QString openErrorText(int code)
+{
+    const QString text = avErrorText(code);
+    return code == AVERROR_INVALIDDATA
+                   ? QStringLiteral("is no video that can be read (%1)").arg(text)
+                   : text;
+}
+
 constexpr AVRational Microseconds { 1, 1000000 };
 
 } // namespace Tool

@@ -110,7 +110,7 @@ bool StreamReader::openInput(const char *demuxer, QString *error)
     if (code >= 0 && m_container->pb && avio_size(m_container->pb) == 0)
         code = AVERROR_INVALIDDATA; // which a name alone made a stream
     if (code < 0)
-        *error = avErrorText(code);
+        *error = openErrorText(code);
     return code >= 0;
 }
 

@@ -41,7 +41,7 @@ bool VideoFileReader::openStream(QString *error)
     if (code >= 0 && m_container->pb && avio_size(m_container->pb) == 0)
         code = AVERROR_INVALIDDATA; // which a name alone made a stream
     if (code < 0) {
-        *error = avErrorText(code);
+        *error = openErrorText(code);
         return false;
     }
     const AVCodec *codec = nullptr;

@@ -187,7 +187,7 @@ void EncodeToolTest::encode_refusesWhatCannotBe_data()
     QTest::newRow("no input") << QStringList { "%1/none.mkv", "%1/out.mkv" }
                               << QByteArray("none.mkv: No such file or directory");
     QTest::newRow("no video") << QStringList { "%1/text.mkv", "%1/out.mkv" }
-                              << QByteArray("text.mkv: Invalid data found");
+                              << QByteArray("text.mkv: is no video that can be read (Invalid data");
     QTest::newRow("no folder") << QStringList { "%1/in.mkv", "%1/none/out.mkv" }
                                << QByteArray("does not exist");
     QTest::newRow("itself") << QStringList { "%1/in.mkv", "%1/in.mkv", "--force" }

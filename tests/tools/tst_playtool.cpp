@@ -277,7 +277,7 @@ void PlayToolTest::commands_refuseWhatCannotBe_data()
     QTest::newRow("no video") << QStringList { "play", "%1/sound.mkv" }
                               << QByteArray("sound.mkv: has no video");
     QTest::newRow("text") << QStringList { "verify", "%1/text.mkv" }
-                          << QByteArray("text.mkv: Invalid data found");
+                          << QByteArray("text.mkv: is no video that can be read (Invalid data");
     QTest::newRow("codec") << QStringList { "play", "%1/mpeg4.mkv" }
                            << QByteArray("mpeg4.mkv: its video is mpeg4, which is none of h264, "
                                          "h265, vp8 and vp9");
@@ -294,10 +294,10 @@ void PlayToolTest::commands_refuseWhatCannotBe_data()
             << QStringList { "play", "%1/in.mkv", "--snapshot", "%1/device.png" }
             << QByteArray("device.png\" is not an ordinary file");
     QTest::newRow("empty stream") << QStringList { "play", "%1/empty.h264" }
-                                  << QByteArray("empty.h264: Invalid data found");
+                                  << QByteArray("empty.h264: is no video that can be read (");
     QTest::newRow("empty stream to encode")
             << QStringList { "encode", "%1/empty.h264", "%1/out.mkv" }
-            << QByteArray("empty.h264: Invalid data found");
+            << QByteArray("empty.h264: is no video that can be read (");
     QTest::newRow("container") << QStringList { "transcode", "%1/in.mkv", "%1/out.webm", "--codec",
                                                 "h264" }
                                << QByteArray("WebM files cannot hold h264, only vp8 and vp9");
