@@ -92,16 +92,15 @@ void LocalVideoDecoder::decodeLoaded(std::uint64_t timestamp)
     } else {
         const std::int64_t index = m_nextIndex++;
         m_units[std::size_t(index) % MostInside] = { timestamp, report.isKey };
-        std::string error;
-        const auto onPicture = [this](const AvDecoder::Picture &picture) { deliver(picture); };
         if (report.isSelfContained)
             m_head.clear(); // may be damaged
-        const bool isWhole = m_head.empty() || m_codec.prepend(m_head, &error);
-        m_head.clear();
-        if (!isWhole || !m_codec.decode(index, report.reorders, onPicture, &error)) {
-            m_waitsForKey = m_waitsForKey || !m_hasWhole;
-            reportDamage("damaged data: " + error);
-        }
+        const std::vector<std::uint8_t> head = std::exchange(m_head, {});
+        putOut([&](const AvDecoder::PictureFunction &onPicture, std::string *error) {
+            return (head.empty() || m_codec.prepend(head, error)) &&
+                   m_codec.decode(index, report.reorders, onPicture, error);
+        });
+        if (m_waitsForKey) // nothing that is inside is of use to what comes
+            drainCodec();
         reportMissingDevice();
     }
     if (!report.endsSequence)
@@ -171,11 +170,29 @@ void LocalVideoDecoder::drain()
 
 void LocalVideoDecoder::drainInside()
 {
-    std::string error;
-    const auto onPicture = [this](const AvDecoder::Picture &picture) { deliver(picture); };
-    if (!m_codec.drain(onPicture, &error))
-        reportDamage("damaged data: " + error);
+    drainCodec();
     beginAnew();
+}
+
+void LocalVideoDecoder::drainCodec()
+{
+    putOut([this](const AvDecoder::PictureFunction &onPicture, std::string *error) {
+        return m_codec.drain(onPicture, error);
+    });
+}
+
+// One call to the codec. What comes out of it after an error may refer to what is lost.
+template <class Call>
+void LocalVideoDecoder::putOut(const Call &call)
+{
+    std::string error;
+    const auto onPicture = [this, &error](const AvDecoder::Picture &picture) {
+        if (!error.empty())
+            reportLoss("damaged data: " + error);
+        deliver(picture);
+    };
+    if (!call(onPicture, &error))
+        reportLoss("damaged data: " + error);
 }
 
 void LocalVideoDecoder::end(Ending ending)
@@ -235,10 +252,11 @@ void LocalVideoDecoder::deliver(const AvDecoder::Picture &picture)
 bool LocalVideoDecoder::isWorthShowing(const AvDecoder::Picture &picture, const Unit &unit)
 {
     if (picture.isDamaged) {
-        m_waitsForKey = m_waitsForKey || !m_hasWhole;
-        reportDamage("parts of a picture are damaged");
+        reportLoss("parts of a picture are damaged");
         return m_hasWhole;
     }
+    if (m_waitsForKey && !m_hasWhole && !unit.isKey) // refers to what did not come out whole
+        return false;
     m_hasWhole = true;
     if (unit.isKey && picture.index >= m_damageEnd)
         m_isDamaged = false;
@@ -326,6 +344,13 @@ void LocalVideoDecoder::reportDamage(const std::string &reason)
     m_damageEnd = m_nextIndex;
     if (!std::exchange(m_isDamaged, true))
         tellError(reason);
+}
+
+// Damage that the codec found. Before the first whole picture there is nothing to go on from.
+void LocalVideoDecoder::reportLoss(const std::string &reason)
+{
+    m_waitsForKey = m_waitsForKey || !m_hasWhole;
+    reportDamage(reason);
 }
 
 void LocalVideoDecoder::reportMissingDevice()

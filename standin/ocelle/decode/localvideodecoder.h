@@ -35,8 +35,9 @@ namespace Ocelle {
  *          it returns; initialize(), decode() and drain() are refused from there.
  * Errors:  false for a frame that is refused, with the reason to onDecoderError(). Damage in the
  *          stream is told of there too, once until a key frame has come out whole; pictures that
- *          are damaged in parts are still shown, but not before the first whole one. Damage that
- *          the codec does not notice nobody learns of.
+ *          are damaged in parts, or refer to such, are still shown, but not before the first whole
+ *          one. Damage that the codec does not notice nobody learns of: libavcodec 5.1 may overlook
+ *          that of reordered H.264 with threads for throughput.
  */
 class LocalVideoDecoder final : public VideoDecoder,
                                 public std::enable_shared_from_this<LocalVideoDecoder>
@@ -74,6 +75,9 @@ private:
     bool mayDecode(const UnitReport &report);
     void keepHead(const UnitReport &report);
     void drainInside();
+    void drainCodec();
+    template <class Call>
+    void putOut(const Call &call);
     void end(Ending ending);
     void finishEnding();
     void beginAnew();
@@ -88,6 +92,7 @@ private:
     void tellError(const std::string &reason);
     bool refuse(const std::string &reason);
     void reportDamage(const std::string &reason);
+    void reportLoss(const std::string &reason);
     void reportMissingDevice();
 
     static constexpr std::size_t MostInside = 256; // compressed frames, more than any codec keeps
