@@ -115,6 +115,7 @@ bool AvDecoder::openCodec(std::string *error)
 void AvDecoder::close()
 {
     m_context.reset();
+    m_hasPicture = false;
     m_usesDevice = false;
 }
 
@@ -208,12 +209,18 @@ bool AvDecoder::drain(const PictureFunction &onPicture, std::string *error)
 
 void AvDecoder::flush()
 {
-    if (m_kind.isReopened) {
+    if (m_kind.isReopened || isStuck()) {
         std::string ignored; // the next frame fails where this does
         openCodec(&ignored);
     } else if (m_context) {
         avcodec_flush_buffers(m_context.get());
     }
+}
+
+// libavcodec's VP9 drops its size over one that it refuses, and does not take it up again.
+bool AvDecoder::isStuck() const
+{
+    return m_hasPicture && m_context->width == 0;
 }
 
 bool AvDecoder::send(const AVPacket *packet, const PictureFunction &onPicture, std::string *error)
@@ -254,6 +261,7 @@ bool AvDecoder::receive(const PictureFunction &onPicture, std::string *error)
 bool AvDecoder::put(const PictureFunction &onPicture, std::string *error)
 {
     AVFrame *frame = m_frame.get();
+    m_hasPicture = true;
     m_usesDevice = frame->hw_frames_ctx != nullptr;
     if (m_usesDevice) {
         frame = m_deviceFrame.get();

@@ -68,6 +68,9 @@ public:
     /*! Discards what is inside. A frame that refers to no other has to come next. */
     void flush();
 
+    /*! Whether it lost its way over a frame that it refused: it takes no other before a flush(). */
+    bool isStuck() const;
+
     /*! Whether the last picture was decoded by a device. */
     bool usesDevice() const { return m_usesDevice; }
 
@@ -99,7 +102,8 @@ private:
     Owned<AVFrame> m_frame;
     Owned<AVFrame> m_deviceFrame; // brought here from a device
     Owned<AVPacket> m_packet;
-    std::int64_t m_index = 0; // of the last compressed frame
+    std::int64_t m_index = 0;  // of the last compressed frame
+    bool m_hasPicture = false; // one came out since it was opened
     bool m_usesDevice = false;
 };
 

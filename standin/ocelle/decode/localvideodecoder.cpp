@@ -99,6 +99,7 @@ void LocalVideoDecoder::decodeLoaded(std::uint64_t timestamp)
             return (head.empty() || m_codec.prepend(head, error)) &&
                    m_codec.decode(index, report.reorders, onPicture, error);
         });
+        m_waitsForKey = m_waitsForKey || m_codec.isStuck();
         if (m_waitsForKey) // nothing that is inside is of use to what comes
             drainCodec();
         reportMissingDevice();

@@ -3,6 +3,7 @@
 #include "decodingchecks.h"
 #include "decodinglistener.h"
 #include "encodedstream.h"
+#include "parameterbits.h"
 
 #include <QtTest>
 
@@ -134,6 +135,31 @@ private slots:
         QCOMPARE(int(listener.errors.size()), 1);
         const auto shown = numbers(listener.visible);
         QCOMPARE(std::vector<int>(shown.end() - 10, shown.end()), range(20, 30));
+    }
+
+    void aVp9FrameOfAnImpossibleSize_isRecoveredFrom()
+    {
+        BitWriter header;
+        header.bits(2, 2);  // marker
+        header.bits(3, 0);  // profile, is coded
+        header.bits(3, 6);  // refers to others, is shown
+        header.bits(2, 0);  // keeps probabilities
+        header.bits(8, 0);  // is not referred to
+        header.bits(12, 0); // refers to the first picture
+        header.bits(3, 0);  // has not its size
+        header.bits(16, 53035);
+        header.bits(16, 56094);
+        header.finish();
+        auto units = stream(CodecType::VP9);
+        units[5].data = header.bytes();
+        for (const bool hasDelay : { false, true }) {
+            const DecodingListener listener = decoded({ CodecType::VP9, false, hasDelay }, units);
+            QCOMPARE(int(listener.errors.size()), 1);
+            std::vector<int> expected = range(0, 5);
+            for (const int number : range(KeyDistance, 3 * KeyDistance))
+                expected.push_back(number);
+            QCOMPARE(numbers(listener.visible), expected);
+        }
     }
 
     void anotherCodec_isToldOf_andNothingShown_data()
