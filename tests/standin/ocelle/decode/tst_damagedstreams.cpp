@@ -7,6 +7,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <random>
 
 using namespace Veltra::Ocelle;
@@ -120,6 +121,25 @@ private slots:
         for (const std::string &error : listener.errors)
             QVERIFY2(error.find(": ") != std::string::npos, error.c_str());
         QVERIFY2(listener.errors.size() <= 2, listener.firstError());
+        if (type == CodecType::H264) { // the other codecs fill in what is missing and say nothing
+            const std::string text = "H.264: parts of a picture are damaged";
+            QCOMPARE(listener.errors, std::vector<std::string>(2, text));
+        }
+        const auto shown = numbers(listener.visible);
+        QCOMPARE(std::vector<int>(shown.end() - 10, shown.end()), range(20, 30));
+    }
+
+    void aFrameThatCannotBeDecoded_isToldOfOnce_untilAKeyFrame_data() { addDecoderRows(); }
+    void aFrameThatCannotBeDecoded_isToldOfOnce_untilAKeyFrame()
+    {
+        QFETCH(CodecType, type);
+        auto units = stream(type);
+        for (const std::size_t index : { 2, 4, 5, 12 })
+            units[index].data.resize(8);
+        const DecodingListener listener = decoded({ type }, units);
+        QCOMPARE(int(listener.errors.size()), 2);
+        for (const std::string &error : listener.errors)
+            QVERIFY2(error.find(": damaged data: ") != std::string::npos, error.c_str());
         const auto shown = numbers(listener.visible);
         QCOMPARE(std::vector<int>(shown.end() - 10, shown.end()), range(20, 30));
     }
@@ -135,6 +155,50 @@ private slots:
         QCOMPARE(int(listener.errors.size()), 1);
         const auto shown = numbers(listener.visible);
         QCOMPARE(std::vector<int>(shown.end() - 10, shown.end()), range(20, 30));
+    }
+
+    void damageBehindAKeyFrameStillInside_isOneIncident_data()
+    {
+        QTest::addColumn<CodecType>("type");
+        QTest::addColumn<int>("bFrames");
+        QTest::addColumn<bool>("hasDelay");
+        QTest::newRow("H.264 throughput") << CodecType::H264 << 0 << true;
+        QTest::newRow("H.264 reordered") << CodecType::H264 << 3 << false;
+        QTest::newRow("H.265 throughput") << CodecType::H265 << 0 << true;
+        QTest::newRow("H.265 reordered") << CodecType::H265 << 3 << false;
+        QTest::newRow("VP8 throughput") << CodecType::VP8 << 0 << true;
+        QTest::newRow("VP9 throughput") << CodecType::VP9 << 0 << true;
+    }
+    void damageBehindAKeyFrameStillInside_isOneIncident()
+    {
+        QFETCH(CodecType, type);
+        QFETCH(int, bFrames);
+        QFETCH(bool, hasDelay);
+        const auto units = encodedStream({ type, 320, 240, 30, KeyDistance, bFrames });
+        const Bytes garbage { 0x7f, 0x35 }; // told of before it gets to the codec
+        DecodingListener listener;
+        const auto decoder = softwareDecoder({ type, false, hasDelay }, &listener);
+        DecodeFeeder feeder(decoder);
+        const auto feed = [&](int from, int to) {
+            for (int i = from; i < to; ++i)
+                QVERIFY(feeder.decode(units[std::size_t(i)].data, std::uint64_t(i)));
+        };
+        const auto isOut = [&listener](std::uint64_t number) {
+            const auto &out = listener.timestamps;
+            return std::find(out.begin(), out.end(), number) != out.end();
+        };
+        feed(0, KeyDistance + 1);
+        QVERIFY(!isOut(KeyDistance));
+        feeder.decode(garbage);
+        QCOMPARE(int(listener.errors.size()), 1);
+        feed(KeyDistance + 1, 2 * KeyDistance - 1);
+        QVERIFY(isOut(KeyDistance)); // whole, but from before the damage
+        feeder.decode(garbage);
+        QCOMPARE(int(listener.errors.size()), 1);
+        feed(2 * KeyDistance - 1, 3 * KeyDistance - 1);
+        QVERIFY(isOut(2 * KeyDistance));
+        feeder.decode(garbage);
+        QCOMPARE(int(listener.errors.size()), 2);
     }
 
     void aVp9FrameOfAnImpossibleSize_isRecoveredFrom()
