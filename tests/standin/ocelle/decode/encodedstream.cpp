@@ -111,7 +111,7 @@ std::vector<MediaUnit> encodedStream(const StreamWish &wish)
     if (!context)
         return units;
     for (int index = 0; index < wish.pictures; ++index) {
-        AVFrame *frame = painted(*context, wish.firstNumber + index);
+        AVFrame *frame = painted(*context, wish.firstNumber + (wish.isStill ? 0 : index));
         frame->pts = index;
         if (wish.keyDistance > 0 && index % wish.keyDistance == 0)
             frame->pict_type = AV_PICTURE_TYPE_I;

@@ -21,6 +21,7 @@ struct StreamWish
     std::string layout = "yuv420p";                              // libav's name
     std::vector<std::pair<std::string, std::string>> options {}; // of the encoder
     int firstNumber = 0;                                         // in the first picture
+    bool isStill = false;                                        // all pictures are the first
 };
 
 /*!

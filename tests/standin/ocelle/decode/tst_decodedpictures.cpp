@@ -9,6 +9,8 @@
 
 #include <graphicbuffer.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <thread>
 
 using namespace Veltra::Ocelle;
@@ -25,6 +27,41 @@ std::vector<MediaUnit> joined(std::vector<MediaUnit> one, const std::vector<Medi
 std::vector<std::string> texts(std::initializer_list<const char *> list)
 {
     return { list.begin(), list.end() };
+}
+
+/*! Turns the first picture into its negative where it lies, once it is copied. */
+class OverwritingListener : public DecodingListener
+{
+public:
+    void onDecodedYCbCrFrame(const YCbCrFrame *frame) override
+    {
+        DecodingListener::onDecodedYCbCrFrame(frame);
+        overwrite(frame->y, frame->yStride, frame->width, frame->height);
+    }
+    void onDecodedGraphicBuffer(std::shared_ptr<GraphicBuffer> buffer) override
+    {
+        DecodingListener::onDecodedGraphicBuffer(buffer);
+        const GraphicBuffer::Plane &luma = buffer->planes[0];
+        overwrite(luma.data, luma.stride, buffer->width, buffer->height);
+    }
+
+private:
+    void overwrite(const std::uint8_t *data, int stride, int width, int height) const
+    {
+        if (pictures != 1)
+            return;
+        for (int row = 0; row < height; ++row) {
+            auto *const line = const_cast<std::uint8_t *>(data + std::ptrdiff_t(row) * stride);
+            std::transform(line, line + width, line, [](int luma) { return 255 - luma; });
+        }
+    }
+};
+
+RawPicture negative(RawPicture picture)
+{
+    for (std::uint8_t &luma : picture.y)
+        luma = std::uint8_t(255 - luma);
+    return picture;
 }
 } // namespace
 
@@ -208,6 +245,50 @@ private slots:
         const DecodingListener listener = decoded({ type }, encodedStream({ type, 321, 181, 5 }));
         QCOMPARE(listener.viewports, texts({ "(0,0,321,181)" }));
         QCOMPARE(numbers(listener.visible), range(0, 5));
+    }
+
+    // In a still scene each picture says no more than "as the one before", which the codec looks up
+    // in its own memory. What is written to a picture that was handed out comes back with the next
+    // one only if both are the same memory: a copy of it would leave the next one untouched. No
+    // application may do that, since it spoils all pictures up to the next key frame.
+    void pictures_areTheCodecsOwn_notCopies_data()
+    {
+        QTest::addColumn<CodecType>("type");
+        QTest::addColumn<bool>("usesFrames");
+        for (const bool usesFrames : { false, true }) {
+            QTest::addRow("H.264 %d", usesFrames) << CodecType::H264 << usesFrames;
+            QTest::addRow("H.265 %d", usesFrames) << CodecType::H265 << usesFrames;
+            QTest::addRow("VP8 %d", usesFrames) << CodecType::VP8 << usesFrames;
+            QTest::addRow("VP9 %d", usesFrames) << CodecType::VP9 << usesFrames;
+        }
+    }
+    void pictures_areTheCodecsOwn_notCopies()
+    {
+        QFETCH(CodecType, type);
+        QFETCH(bool, usesFrames);
+        constexpr double same = 20;  // dB; the encoder still refines the first picture a little
+        constexpr double other = 10; // dB
+        StreamWish wish { type, 320, 240, 4, 100 };
+        wish.isStill = true;
+        if (type == CodecType::H265)
+            wish.options = { { "tune", "zerolatency" } };
+        const auto units = encodedStream(wish);
+        const DecodingListener plain = decoded({ type, usesFrames }, units);
+        QCOMPARE(numbers(plain.visible), std::vector<int>(4, 0));
+        OverwritingListener listener;
+        const auto decoder = softwareDecoder({ type, usesFrames }, &listener);
+        DecodeFeeder feeder(decoder);
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            QVERIFY(feeder.decode(units[i].data));
+            QCOMPARE(listener.pictures, int(i) + 1); // before the next one is decoded
+        }
+        QVERIFY2(listener.errors.empty(), listener.firstError());
+        QVERIFY(isEqual(listener.visible[0], plain.visible[0]));
+        const RawPicture written = negative(plain.visible[0]);
+        for (std::size_t i = 1; i < units.size(); ++i) {
+            QVERIFY(psnr(plain.visible[i].y, written.y) < other);
+            QVERIFY(psnr(listener.visible[i].y, written.y) > same);
+        }
     }
 
     void pictures_outliveTheDecoder_andAreNotWrittenTo_data() { addDecoderRows(); }
