@@ -241,6 +241,66 @@ private slots:
         }
     }
 
+    void afterFlushAndStop_fromWithinACall_noneOfTheOthersInsideComesOut_data()
+    {
+        QTest::addColumn<CodecType>("type");
+        QTest::addColumn<bool>("hasDelay");
+        QTest::addColumn<bool>("stops");
+        QTest::addColumn<Bytes>("end"); // of the stream; else it is drained
+        const Bytes ofH264 { 0, 0, 0, 1, 11 };
+        const Bytes ofH265 { 0, 0, 0, 1, 0x4a, 1 };
+        for (const bool hasDelay : { false, true }) {
+            for (const bool stops : { false, true }) {
+                const auto row = [&](const char *how, CodecType type, const Bytes &end) {
+                    QTest::addRow("%s %d %d", how, hasDelay, stops)
+                            << type << hasDelay << stops << end;
+                };
+                row("H.264 drain", CodecType::H264, {});
+                row("H.264 end", CodecType::H264, ofH264);
+                row("H.265 drain", CodecType::H265, {});
+                row("H.265 end", CodecType::H265, ofH265);
+            }
+        }
+    }
+    void afterFlushAndStop_fromWithinACall_noneOfTheOthersInsideComesOut()
+    {
+        QFETCH(CodecType, type);
+        QFETCH(bool, hasDelay);
+        QFETCH(bool, stops);
+        QFETCH(Bytes, end);
+        const auto units = encodedStream({ type, 320, 240, 8, 100, 3 });
+        DecodingListener listener;
+        const auto decoder = softwareDecoder({ type, false, hasDelay }, &listener);
+        DecodeFeeder feeder(decoder);
+        const auto putOut = [&] {
+            if (end.empty())
+                decoder->drain();
+            else
+                QVERIFY(feeder.decode(end));
+        };
+        for (const MediaUnit &unit : units)
+            QVERIFY(feeder.decode(unit.data));
+        const int before = listener.pictures;
+        QVERIFY(8 - before >= 2); // inside, which one call puts out
+        listener.onCall = [&] {
+            if (listener.pictures == before + 1)
+                stops ? decoder->stop() : decoder->flush();
+        };
+        putOut();
+        QCOMPARE(listener.pictures, before + 1);
+        listener.onCall = {};
+        QVERIFY2(listener.errors.empty(), listener.firstError());
+        if (stops) {
+            QVERIFY(!feeder.decode(units[0].data));
+            return;
+        }
+        for (const MediaUnit &unit : units)
+            QVERIFY(feeder.decode(unit.data));
+        putOut();
+        QCOMPARE(listener.pictures, before + 1 + 8);
+        QVERIFY2(listener.errors.empty(), listener.firstError());
+    }
+
     void theListener_mayDropTheDecoder_fromWithinACall()
     {
         const auto units = encodedStream({ CodecType::VP8, 320, 240, 3 });
