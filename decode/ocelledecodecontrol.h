@@ -12,7 +12,8 @@ class OcelleDecodeSession;
  *
  * Threads: application thread; error() may be emitted on any thread, statusChanged() is emitted on
  *          the application thread.
- * Owner:   OcelleDecodeSession.
+ * Owner:   OcelleDecodeSession. Where a thread of the platform is inside error() when the service
+ *          goes, the control stays until that returns, but must not be called any more.
  */
 class OcelleDecodeControl : public QPVDecodeControl
 {
@@ -34,6 +35,6 @@ public:
     void setOutputFormat(const QVideoSurfaceFormat &format);
 
 private:
-    OcelleDecodeSession *const m_session; // not owned, outlives the control
+    OcelleDecodeSession *const m_session; // not owned; gone where a decoder's error() holds this
     QVideoSurfaceFormat m_outputFormat;
 };

@@ -32,7 +32,8 @@ class QPVEncodedVideoFrame;
  * Errors:  QPVDecoder::Error with a text; a refused frame is told by decode() alone.
  *
  * The application may take the service down from a slot of any of the control's signals that is
- * called on the application thread.
+ * called on the application thread, but for one of error() that the worker's thread waits for: that
+ * one is waited for in turn.
  */
 class OcelleDecodeSession : public OcelleVideoSession, public Veltra::Ocelle::VideoDecoderListener
 {
@@ -72,7 +73,7 @@ public:
     void onDecodedGraphicBuffer(std::shared_ptr<Veltra::Ocelle::GraphicBuffer> buffer) override;
     void onDecoderParameterChanged(Veltra::Ocelle::VideoDecoderParameter parameter,
                                    const std::string &value) override;
-    void onDecoderError(const std::string &message) override;
+    void onDecoderError(const std::string &message) override; // the listener's own needs no session
     void onDecoderEOS() override;
 
 public slots:
@@ -84,7 +85,7 @@ private:
     void dropUnfinishedDecoder();
     void deleteControl();
 
-    Veltra::Ocelle::CodecManager *const m_codecManager; // not owned
+    Veltra::Ocelle::CodecManager *const m_codecManager; // not owned; null without codecs
     mutable QMutex m_controlMutex; // guards the next one where other threads take it
     std::shared_ptr<OcelleDecodeControl> m_control; // changed on the application thread
     QVideoEncoderSettings m_settings;               // application thread; of the current stream

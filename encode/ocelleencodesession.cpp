@@ -45,7 +45,8 @@ OcelleEncodeSession::OcelleEncodeSession(OcelleProvider *provider, QObject *pare
               [this](int status) { onStatusChanged(QPVEncoder::Status(status)); }))
     , m_worker(new OcelleEncodeWorker(this))
 {
-    m_codecManager->prepare();
+    if (m_codecManager)
+        m_codecManager->prepare();
     qRegisterMetaType<QPVEncoder::Status>("QPVEncoder::Status");
     connect(
             m_worker, &OcelleEncodeWorker::statusChanged, this,
@@ -99,7 +100,8 @@ QStringList OcelleEncodeSession::supportedCodecs(bool flag) const
     QStringList supported;
     for (const QString &codec : { QStringLiteral("video/h264"), QStringLiteral("video/h265"),
                                   QStringLiteral("video/vp8"), QStringLiteral("video/vp9") }) {
-        if (m_codecManager->isEncoderSupported(OcelleEncoder::codecType(codec), flag))
+        if (m_codecManager &&
+            m_codecManager->isEncoderSupported(OcelleEncoder::codecType(codec), flag))
             supported.append(codec);
     }
     return supported;
@@ -182,8 +184,10 @@ void OcelleEncodeSession::stop()
 /*! Gets \a encoder and gives it to the worker. A restart may have been called off meanwhile. */
 OcelleEncodeSession::Start OcelleEncodeSession::acquireAndStart(bool restarts, Encoder *encoder)
 {
-    *encoder = m_codecManager->createVideoEncoder(OcelleEncoder::codecType(videoSettings().codec()),
-                                                  0);
+    if (m_codecManager) {
+        *encoder = m_codecManager->createVideoEncoder(
+                OcelleEncoder::codecType(videoSettings().codec()), 0);
+    }
     if (!*encoder)
         return Start::NoEncoder;
     (*encoder)->lockAndSetListener(m_listener);

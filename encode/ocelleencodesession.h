@@ -45,8 +45,8 @@ class CodecManager;
  *
  * Slots of the control's signals and the sink's own calls may use all controls of the service, with
  * two exceptions. Only a slot of a signal that is emitted on the application thread may take the
- * service down, and no sink's call, nor a slot that is called on a thread of the platform, may wait
- * for the application thread: that one waits for them when the service goes.
+ * service down, and no sink's call, nor a slot of encodedVideoFrame(), may wait for the application
+ * thread: that one waits for them when the service goes.
  */
 class OcelleEncodeSession : public QObject, public Veltra::Ocelle::VideoEncoderListener
 {
@@ -101,7 +101,7 @@ private:
     void onEncoderUnloaded();
     void onWorkerIdle();
 
-    Veltra::Ocelle::CodecManager *const m_codecManager; // not owned
+    Veltra::Ocelle::CodecManager *const m_codecManager; // not owned; null without codecs
     OcelleEncodeControl *const m_control;               // owned
     OcelleEncodeListener *const m_listener;             // what encoders call; stays behind
     OcelleEncodedVideoOutput m_output;

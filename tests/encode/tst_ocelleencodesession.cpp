@@ -49,6 +49,25 @@ private slots:
                 static_cast<Veltra::Ocelle::VideoEncoderListener *>(&session));
     }
 
+    void withoutACodecManager_nothingIsSupportedAndNothingStarts()
+    {
+        FakePlatform platform;
+        OcelleProvider provider(&platform.cameras, nullptr);
+        OcelleEncodeSession session(&provider, nullptr);
+        QStringList errors;
+        connect(session.encodeControl(), &QPVEncodeControl::error, this,
+                [&errors](QPVEncoder::Error error, const QString &text) {
+                    errors.append(QString::number(error) + QLatin1Char(' ') + text);
+                });
+        RecordingSink sink;
+        QVERIFY(session.addSink(&sink));
+        session.setVideoSettings(encoderSettings());
+        QCOMPARE(session.supportedCodecs(true), QStringList());
+        QVERIFY(!session.startEncoder(surfaceFormat()));
+        QCOMPARE(errors, QStringList("1 Couldn't acquire encoder"));
+        QVERIFY(session.removeSink(&sink));
+    }
+
     void supportedCodecs_areAskedForInAFixedOrder()
     {
         EncodeServiceFixture f;
