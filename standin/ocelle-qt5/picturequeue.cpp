@@ -31,14 +31,6 @@ bool PictureQueue::end(std::shared_ptr<GraphicBuffer> &dropped)
     return live >= 0;
 }
 
-Picture PictureQueue::takeFirst()
-{
-    Picture first = std::move(at(0));
-    m_first = (m_first + 1) % Capacity;
-    --m_count;
-    return first;
-}
-
 /*! Index of the live picture, of which there is at most one; -1 if there is none. */
 int PictureQueue::waitingLive()
 {

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <memory>
+#include <utility>
 
 namespace Veltra {
 namespace Ocelle {
@@ -48,7 +49,7 @@ public:
      */
     bool exchangeLive(std::shared_ptr<GraphicBuffer> &picture, const QRect &viewport, bool mirrored)
     {
-        Picture &waiting = m_slots[std::size_t(m_first)];
+        Picture &waiting = m_slots[m_first];
         if (m_count != 1 || !waiting.buffer->live)
             return false;
         waiting.buffer.swap(picture);
@@ -58,7 +59,13 @@ public:
     }
 
     /*! Moves the oldest picture out; the queue must not be empty. */
-    Picture takeFirst();
+    Picture takeFirst()
+    {
+        Picture first = std::move(at(0));
+        m_first = (m_first + 1) % Capacity;
+        --m_count;
+        return first;
+    }
 
     /*! Ends what waits. A live picture does not wait for that: it moves to \a dropped; true then. */
     bool end(std::shared_ptr<GraphicBuffer> &dropped);
@@ -66,13 +73,13 @@ public:
     void takeEnd() { m_hasEnd = false; }
 
 private:
-    Picture &at(int index) { return m_slots[std::size_t((m_first + index) % Capacity)]; }
+    Picture &at(int index) { return m_slots[(m_first + unsigned(index)) % Capacity]; }
     int waitingLive();
     std::shared_ptr<GraphicBuffer> drop(int index);
     Picture takeAt(int index);
 
     std::array<Picture, Capacity> m_slots;
-    int m_first = 0; // slot of the oldest picture
+    unsigned m_first = 0; // slot of the oldest picture
     int m_count = 0;
     bool m_hasEnd = false;
 };

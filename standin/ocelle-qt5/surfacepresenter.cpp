@@ -165,8 +165,8 @@ void SurfacePresenter::work()
         m_wokenBusy = true;
         return;
     }
-    // All that waits, so that pictures delivered before a stop() in an event of this thread are
-    // shown before it; but no more than can wait, since other events have to get their turn.
+    // All that waits, so that a drained decoder's last pictures are shown before the status that an
+    // event behind them tells; but no more than can wait, since other events have to get their turn.
     int left = PictureQueue::Capacity;
     bool more;
     do {

@@ -300,14 +300,19 @@ void TestVideoOutputQt5::picturesAreShown_whenStopComesInAnEventBehindThem()
     VideoOutputQt5 output;
     output.setVideoSurface(&surface);
     QCoreApplication::processEvents(); // attached
-    std::thread decoder([&output] {
+    int shownBefore = -1;
+    std::thread decoder([&] {
         for (int i = 0; i < Waiting; ++i)
             output.onGraphicBuffer(makeDecoded(i));
-        QMetaObject::invokeMethod(
-                &output, [&output] { output.stop(); }, Qt::QueuedConnection);
+        const auto end = [&] {
+            shownBefore = surface.presented();
+            output.stop();
+        };
+        QMetaObject::invokeMethod(&output, end, Qt::QueuedConnection);
     });
     decoder.join();
     QTRY_VERIFY(surface.calls().contains(QLatin1String("stop")));
+    QCOMPARE(shownBefore, Waiting);
     QCOMPARE(surface.presented(), Waiting);
     QCOMPARE(statisticsOf(surface).dropped, 0u);
 }
