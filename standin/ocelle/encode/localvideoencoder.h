@@ -19,10 +19,10 @@ namespace Ocelle {
  *
  * Pictures are mirrored top to bottom and then turned clockwise, as the parameters say. One of
  * another size than those before, be it by turning, makes the encoder start anew with a key frame
- * of that size, as does another bit rate mode while it runs. H.264 and H.265 round an odd size up to an even one, repeating
- * the last column or line; VP8 and VP9 keep it. encode() returns when the picture is compressed
- * and the listener has it, and keeps no picture. There is no end of stream to tell of: nothing
- * but the encoder's end stops it.
+ * of that size, as does another bit rate mode while it runs. H.264 and H.265 round an odd size up
+ * to an even one, repeating the last column or line; VP8 and VP9 keep it. encode() returns when the
+ * picture is compressed and the listener has it, and keeps no picture. There is no end of stream to
+ * tell of: nothing but the encoder's end stops it.
  *
  * Threads: one operation at a time, lockAndSetListener() from any thread. The listener is called
  *          on the thread of encode(), initialize() or setParameter(), with the lock of
