@@ -154,6 +154,8 @@ void Recording::onStopped()
 
 bool Recording::close(QString *error)
 {
+    if (m_isStuck) // its thread may still be writing; the trouble was told
+        return false;
     return m_writer.close(error);
 }
 
@@ -181,7 +183,8 @@ void Recording::onStalled()
 {
     if (m_isStopping) {
         fail(QStringLiteral("the encoder does not stop"));
-        onStopped(); // as far as it goes
+        m_isStuck = true;
+        onStopped();
         return;
     }
     m_stalled.start(); // for the stop

@@ -40,7 +40,7 @@ struct RecordingSettings
 /*!
  * Hands pictures to the encoder service and has what comes out written to a file.
  *
- * Threads: the application thread.
+ * Threads: the application thread, but for close().
  * Errors:  failed() with a text; nothing is encoded after that, and end() is still to be called.
  */
 class Recording : public QObject
@@ -58,7 +58,7 @@ public:
     bool encode(const QVideoFrame &frame);
     /*! Has the rest encoded and stops; ended() follows, whatever the encoder does. */
     void end();
-    /*! After ended(): completes the file. */
+    /*! After ended(), on any thread: completes the file. Without \a error, the trouble was told. */
     bool close(QString *error);
 
     int waiting() const { return int(m_accepted - m_sink.written().units); } // pictures inside
@@ -95,6 +95,7 @@ private:
     bool m_isReady = false;    // it has started
     bool m_isEnding = false;   // end() was called
     bool m_isStopping = false; // and all is done but the stop
+    bool m_isStuck = false;    // the encoder does not stop
     bool m_hasEnded = false;
     bool m_hasFailed = false;
 };

@@ -39,6 +39,8 @@ Recorder::~Recorder()
 {
     if (m_isTaking)
         stopTaking();
+    if (m_closing)
+        m_closing->wait();
     // As it goes it waits for the encoder and serves events, of which one may tell of its end.
     const std::unique_ptr<Tool::Recording> recording = std::move(m_recording);
     if (recording)
@@ -176,17 +178,25 @@ void Recorder::onEnded()
 {
     if (!m_recording)
         return; // this is going
-    QString error;
+    m_closeError.clear();
+    m_closing.reset(QThread::create([this] { m_isComplete = m_recording->close(&m_closeError); }));
+    connect(m_closing.get(), &QThread::finished, this, &Recorder::onClosed, Qt::QueuedConnection);
+    m_closing->start();
+}
+
+void Recorder::onClosed()
+{
+    m_closing->wait(); // for its very end
+    m_closing.reset();
     const bool isEmpty = m_recording->written().units == 0;
-    const bool isComplete = m_recording->close(&error);
     emit progressChanged();
     remove();
     if (isEmpty)
         return; // there is no file, and why was told or is plain to see
-    if (isComplete)
+    if (m_isComplete)
         emit finished(m_file);
-    else if (!error.isEmpty()) // else it was told when it happened
-        fail(error);
+    else if (!m_closeError.isEmpty()) // else it was told when it happened
+        fail(m_closeError);
 }
 
 void Recorder::remove()

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QSize>
+#include <QThread>
 #include <QTimer>
 
 #include <memory>
@@ -60,6 +61,7 @@ private:
     void onStarted();
     void onPicture(const QVideoFrame &frame);
     void onEnded();
+    void onClosed();
     void stopTaking();
     void remove();
     void fail(const QString &error);
@@ -68,6 +70,9 @@ private:
     QPointer<RawPictures> m_source; // QML deletes it first, where both go
     std::unique_ptr<Tool::Recording> m_recording;
     QString m_file;
+    std::unique_ptr<QThread> m_closing; // completes the file: a disk may not answer for long
+    bool m_isComplete = false;          // what came of that
+    QString m_closeError;
     QTimer m_tick;
     qint64 m_lost = 0; // before they came here; once none is taken any more
     bool m_isTaking = false;
