@@ -4,6 +4,7 @@
 #include "librarythread.h"
 #include "messagelog.h"
 
+#include <QThread>
 #include <QtTest>
 
 #include <memory>
@@ -91,6 +92,12 @@ private slots:
     {
         DecodeServiceFixture f;
         CallLog::instance().clear();
+        QString name;
+        QThread::Priority priority = QThread::IdlePriority;
+        f.script->onInitialize = [&](FakeVideoDecoder &) {
+            name = QThread::currentThread()->objectName();
+            priority = QThread::currentThread()->priority();
+        };
         QVERIFY(f.activate());
         f.control->flush();
         QVERIFY(f.waitForStatus(Unloaded));
@@ -104,6 +111,8 @@ private slots:
                                "decoder 1: flush()", "decoder 1: stop()", "decoder 1: destroyed",
                                "control: statusChanged(1)" }));
         QCOMPARE(CallLog::instance().threadNames("decoder 1"), QStringList("DecodeWorker"));
+        QCOMPARE(name, QString("DecodeWorker"));
+        QCOMPARE(priority, QThread::InheritPriority);
         for (const Call &call : CallLog::instance().calls()) {
             if (call.object == "control" || call.object == "codecs" || call.object == "decoder")
                 QVERIFY(call.thread == std::this_thread::get_id());
@@ -177,43 +186,6 @@ private slots:
         }
         QCOMPARE(f.recorder.errors, QStringList());
         QCOMPARE(f.platform.codecs.heldDecoders(), 0);
-    }
-
-    void startFlushStart_inOneGo_runsTheLast()
-    {
-        DecodeServiceFixture f;
-        for (int round = 0; round < 20; ++round) {
-            QVERIFY(f.control->start(streamSettings()));
-            f.control->decode(testFrame(3));
-            f.control->flush();
-            QVERIFY(!f.control->decode(testFrame(3)));
-            QVERIFY(f.control->start(streamSettings()));
-            const int last = f.platform.codecs.madeDecoders();
-            QVERIFY(f.waitForCall(
-                    QString("decoder %1: initialize(codec 3, 64x48, 30 fps)").arg(last)));
-            QVERIFY(f.waitForStatus(Starting));
-            QCOMPARE(f.platform.codecs.heldDecoders(), 1);
-            QVERIFY(!calls().contains(QString("decoder %1: decode(3, type 0, xy)").arg(last)));
-            f.control->stop();
-            QVERIFY(f.waitForStatus(Unloaded));
-        }
-        QCOMPARE(f.recorder.errors, QStringList());
-    }
-
-    void drainBeforeTheDecoderCouldStart_isAnErrorForEachFrame()
-    {
-        DecodeServiceFixture f;
-        QVERIFY(f.activate());
-        f.script->drainGate.close();
-        f.control->drain();
-        QTRY_COMPARE(f.script->drainGate.waiting(), 1);
-        QVERIFY(f.control->start(streamSettings()));
-        QVERIFY(f.control->decode(testFrame(1)) && f.control->decode(testFrame(2)));
-        f.control->drain();
-        f.script->drainGate.open();
-        QTRY_COMPARE(f.recorder.errors, (QStringList { "3 Decoder error", "3 Decoder error" }));
-        QCOMPARE(calls("decoder 1").filter("decode(").size(), 1);
-        QCOMPARE(calls("decoder 2"), QStringList());
     }
 
     void startOfNothing_isRefused()
@@ -316,50 +288,6 @@ private slots:
                  (QStringList { "decoder 1: decode(21, type 0, xy)", "decoder 1: drain()",
                                 "decoder 1: stop()", "decoder 1: destroyed" }));
         QCOMPARE(f.script->blocksReleased.load(), 22);
-    }
-
-    void flushFromASlot_isTakenInEveryStatus_data()
-    {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("how");
-        for (const char *how : { "flush", "drain", "restart" }) {
-            for (const int status : { Loaded, Starting, Active, Stopping, Unloaded })
-                QTest::addRow("%s, %d", how, status) << status << how;
-        }
-    }
-
-    void flushFromASlot_isTakenInEveryStatus()
-    {
-        QFETCH(int, status);
-        QFETCH(QString, how);
-        DecodeServiceFixture f;
-        bool done = false;
-        connect(f.control, &QPVDecodeControl::statusChanged, this, [&](QPVDecoder::Status now) {
-            if (now != status || done)
-                return;
-            done = true;
-            if (how == "flush")
-                f.control->flush();
-            else if (how == "drain")
-                f.control->drain();
-            else
-                QVERIFY(f.control->start(streamSettings("video/vp9")));
-        });
-        QVERIFY(f.control->start(streamSettings()));
-        f.control->decode(testFrame());
-        if (status == Stopping || status == Unloaded) {
-            QVERIFY(f.waitForStatus(Active));
-            f.control->stop();
-        }
-        QTRY_VERIFY(done);
-        if (how == "restart") {
-            QVERIFY(f.waitForCall("decoder 2: initialize(codec 2, 64x48, 30 fps)"));
-            QVERIFY(f.waitForStatus(Starting));
-        } else {
-            QVERIFY(f.waitForStatus(Unloaded));
-            QCOMPARE(f.platform.codecs.heldDecoders(), 0);
-        }
-        QCOMPARE(f.recorder.errors, QStringList());
     }
 
     void error_isLoggedButForNone_andAlwaysTold()
