@@ -33,6 +33,29 @@ private slots:
         QCOMPARE(told, (QList<QVideoSurfaceFormat> { format, format }));
     }
 
+    void service_mayGoInASlotOfTheOutputFormat()
+    {
+        DecodeServiceFixture f;
+        QVERIFY(f.activate());
+        auto *const control = f.session()->decodeControl();
+        const QVideoSurfaceFormat format(QSize(64, 48), QVideoFrame::Format_NV12);
+        QVideoSurfaceFormat set;
+        int told = 0;
+        connect(control, &QPVDecodeControl::outputFormatChanged, this,
+                [&](const QVideoSurfaceFormat &now) {
+                    set = control->outputFormat();
+                    f.service.reset();
+                    QCOMPARE(now, format); // not the control's own
+                    ++told;
+                });
+        connect(control, &QPVDecodeControl::outputFormatChanged, this, [&told] { ++told; });
+        control->setOutputFormat(format);
+        QCOMPARE(set, format);
+        QCOMPARE(told, 1); // there is no sender for a second one
+        QCOMPARE(f.platform.codecs.heldDecoders(), 0);
+        QCOMPARE(f.recorder.statuses.last(), Unloaded);
+    }
+
     void decoding_setsNoOutputFormat()
     {
         DecodeServiceFixture f;
