@@ -206,12 +206,16 @@ private slots:
         QCOMPARE(number(QPVEncoder::FormatError), 2);
         QCOMPARE(number(QPVEncoder::SinkError), 3);
         QCOMPARE(number(QPVEncoder::EncoderError), 4);
+        QCOMPARE(int(sizeof(QPVEncoder::Error)), 4);
+        QCOMPARE(int(sizeof(QPVDecoder::Status)), 4);
         QCOMPARE(number(QPVDecoder::UnloadedStatus), 1);
         QCOMPARE(number(QPVDecoder::LoadedStatus), 4);
         QCOMPARE(number(QPVDecoder::StandbyStatus), 5);
         QCOMPARE(number(QPVDecoder::StoppingStatus), 6);
         QCOMPARE(number(QPVDecoder::StartingStatus), 7);
         QCOMPARE(number(QPVDecoder::ActiveStatus), 8);
+        QCOMPARE(int(sizeof(QPVDecoder::Error)), 4);
+        QCOMPARE(number(QPVDecoder::NoError), 0);
         QCOMPARE(number(QPVDecoder::ResourceError), 1);
         QCOMPARE(number(QPVDecoder::DecodeError), 3);
     }

@@ -159,14 +159,27 @@ private slots:
 
     void enumerators_haveTheirNames()
     {
-        QCOMPARE(key(QPVEncoder::staticMetaObject, "Status", 1), "UnloadedStatus");
-        QCOMPARE(key(QPVEncoder::staticMetaObject, "Status", 3), "LoadedStatus");
-        QCOMPARE(key(QPVEncoder::staticMetaObject, "Status", 6), "ActiveStatus");
-        QCOMPARE(key(QPVEncoder::staticMetaObject, "Error", 1), "ResourceError");
-        QCOMPARE(key(QPVEncoder::staticMetaObject, "Error", 2), "FormatError");
-        QCOMPARE(key(QPVDecoder::staticMetaObject, "Status", 4), "LoadedStatus");
-        QCOMPARE(key(QPVDecoder::staticMetaObject, "Status", 8), "ActiveStatus");
-        QCOMPARE(key(QPVDecoder::staticMetaObject, "Error", 3), "DecodeError");
+        const QMetaObject &encode = QPVEncoder::staticMetaObject;
+        QCOMPARE(key(encode, "Status", 1), "UnloadedStatus");
+        QCOMPARE(key(encode, "Status", 3), "LoadedStatus");
+        QCOMPARE(key(encode, "Status", 4), "StoppingStatus");
+        QCOMPARE(key(encode, "Status", 5), "StartingStatus");
+        QCOMPARE(key(encode, "Status", 6), "ActiveStatus");
+        QCOMPARE(key(encode, "Error", 0), "NoError");
+        QCOMPARE(key(encode, "Error", 1), "ResourceError");
+        QCOMPARE(key(encode, "Error", 2), "FormatError");
+        QCOMPARE(key(encode, "Error", 3), "SinkError");
+        QCOMPARE(key(encode, "Error", 4), "EncoderError");
+        const QMetaObject &decode = QPVDecoder::staticMetaObject;
+        QCOMPARE(key(decode, "Status", 1), "UnloadedStatus");
+        QCOMPARE(key(decode, "Status", 4), "LoadedStatus");
+        QCOMPARE(key(decode, "Status", 5), "StandbyStatus");
+        QCOMPARE(key(decode, "Status", 6), "StoppingStatus");
+        QCOMPARE(key(decode, "Status", 7), "StartingStatus");
+        QCOMPARE(key(decode, "Status", 8), "ActiveStatus");
+        QCOMPARE(key(decode, "Error", 0), "NoError");
+        QCOMPARE(key(decode, "Error", 1), "ResourceError");
+        QCOMPARE(key(decode, "Error", 3), "DecodeError");
         const QPVEncoder encoder(this);
         const QPVDecoder decoder(this);
         QCOMPARE(encoder.parent(), this);
