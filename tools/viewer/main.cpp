@@ -19,6 +19,7 @@ constexpr std::chrono::seconds LongestEnd { 5 }; // once the window is closed
 
 int main(int argc, char *argv[])
 {
+    Tool::holdStandardStreams();
     Tool::setProgramName("ocelle-viewer");
     int exitCode = Tool::Success;
     const auto options = Viewer::parseViewerOptions(argc, argv, &exitCode);

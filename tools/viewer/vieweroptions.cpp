@@ -12,7 +12,6 @@ namespace Viewer {
 
 std::optional<ViewerOptions> parseViewerOptions(int argc, const char *const *argv, int *exitCode)
 {
-    Tool::holdStandardStreams();
     CLI::App app("Shows, photographs and records cameras.", "ocelle-viewer");
     app.set_version_flag("--version", OCELLE_VERSION);
     app.footer("Keys: F1 shows them.\n"

@@ -17,8 +17,7 @@ struct ViewerOptions
 };
 
 /*!
- * Reads the command line. For the start of the program, before it opens anything: sees to its standard
- * streams too.
+ * Reads the command line.
  *
  * Errors: nothing, and \a exitCode is to be returned: help was asked for and printed, or one line on
  *         standard error says what is wrong.
